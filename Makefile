@@ -1,0 +1,33 @@
+# The two commands of the README:
+#   make run   - set up, build, and run the main job on the embedded default archive
+#   make test  - set up, build, and pass the tests (release build with warnings as
+#                errors, then the same tests under address + undefined sanitizers)
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+CMAKE_COMMON = -G Ninja -DHISTORICOS_TESTS=ON
+
+.PHONY: run test deps build build-asan bench clean
+
+deps:
+	@scripts/install-deps
+
+build: deps
+	cmake -S . -B build/release $(CMAKE_COMMON) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHISTORICOS_WERROR=ON
+	cmake --build build/release -j $(JOBS)
+
+build-asan: deps
+	cmake -S . -B build/asan $(CMAKE_COMMON) -DCMAKE_BUILD_TYPE=Debug -DHISTORICOS_WERROR=ON -DHISTORICOS_SANITIZE=ON
+	cmake --build build/asan -j $(JOBS)
+
+run: build
+	build/release/historicos demo
+
+test: build build-asan
+	cd build/release && ctest --output-on-failure -j $(JOBS)
+	cd build/asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j $(JOBS)
+
+bench: deps
+	cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DHISTORICOS_TESTS=OFF -DHISTORICOS_BENCH=ON
+	cmake --build build/bench -j $(JOBS)
+
+clean:
+	rm -rf build

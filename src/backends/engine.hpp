@@ -1,0 +1,100 @@
+#pragma once
+// The engine-neutral interface the data layer runs statements through. A backend
+// (SQLite now, a server engine later) gives sessions; each session owns one engine
+// handle for its whole life and belongs to one Connection at a time.
+//
+// Texts handed to a session are already in the engine's dialect (the translator in
+// sql/ produced them) and are guarded there: one statement, of the kind expected,
+// on the catalog's tables only.
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/variant.hpp"
+
+namespace hist::backend {
+
+// ADO DataTypeEnum values the catalog declares.
+enum class FieldType : int {
+    Empty = 0,
+    SmallInt = 2,      // adSmallInt, Integer
+    Integer = 3,       // adInteger, Long
+    Single = 4,        // adSingle
+    Double = 5,        // adDouble
+    Currency = 6,      // adCurrency
+    Boolean = 11,      // adBoolean (yes/no)
+    UnsignedTinyInt = 17,  // adUnsignedTinyInt, Byte
+    Numeric = 131,     // adNumeric
+    Date = 7,          // adDate
+    WChar = 130,       // adWChar
+    VarWChar = 202,    // adVarWChar (text)
+    LongVarWChar = 203,  // adLongVarWChar (memo)
+    LongVarBinary = 205, // adLongVarBinary
+};
+
+// What a selection's column is, as the recordset reports it.
+struct ColumnMeta {
+    std::string name;        // as the SELECT list writes it (the alias, or the column as written)
+    std::string baseTable;   // the catalog table the value comes from; empty when computed
+    std::string baseColumn;  // the catalog column; empty when computed
+    FieldType type = FieldType::VarWChar;
+    int precision = 255;
+    long definedSize = 0;
+    bool hiddenRowId = false;  // the engine's row identity of baseTable, not shown in Fields
+    bool updatable = false;    // a plain column of a base table whose identity the selection carries
+};
+
+// One cell as the engine hands it over; views are valid during the row callback only.
+struct Cell {
+    enum class Kind : uint8_t { Null, Int, Real, Text } kind = Kind::Null;
+    int64_t i = 0;
+    double d = 0.0;
+    std::string_view text;
+};
+
+class RowSink {
+public:
+    virtual ~RowSink() = default;
+    virtual void columns(const std::vector<ColumnMeta>& cols) = 0;
+    // One row; cells.size() equals the column count, hidden row-identity columns included.
+    virtual void row(std::span<const Cell> cells) = 0;
+};
+
+enum class StatementKind { Read, Write };
+
+class Session {
+public:
+    virtual ~Session() = default;
+    // Runs a reading statement and streams its rows. Where the selection allows
+    // write-back, the session itself adds each base table's row identity as a hidden
+    // column (ColumnMeta::hiddenRowId), so `sent` stays as the translator gave it.
+    virtual void query(std::string_view sent, RowSink& sink) = 0;
+    // Runs a writing statement; returns the number of rows it touched.
+    virtual long long execute(std::string_view sent) = 0;
+    // A writing statement with bound values (write-back of a recordset); the values
+    // are stored in the engine's stored forms for the column types given.
+    virtual long long execute(std::string_view sent, std::span<const Variant> params,
+                              std::span<const FieldType> types) = 0;
+    virtual long long lastInsertRowId() = 0;
+
+    // Transactions; nesting allowed. begin returns the new level (1 for the outermost).
+    virtual int begin() = 0;
+    virtual void commit() = 0;
+    virtual void rollback() = 0;
+    virtual int depth() const = 0;
+};
+
+struct DataSource {
+    std::string kind = "sqlite";  // backend name
+    std::string path;             // the archive file
+    int busyTimeoutMs = 2000;
+};
+
+// Opens a session on a data source (creating the archive with the catalog's tables
+// when the file does not exist). Throws hist::Error on failure.
+std::unique_ptr<Session> openSession(const DataSource& ds);
+
+}  // namespace hist::backend
