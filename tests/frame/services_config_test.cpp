@@ -1,0 +1,255 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/services/config.hpp"
+#include "frame/services_testutil.hpp"
+#include "platform/error.hpp"
+
+namespace hist::services {
+namespace {
+
+using ::testing::HasSubstr;
+using test::envOf;
+using test::ScratchDir;
+using test::writeFile;
+
+TEST(ServicesConfig, DefaultsNeedNothingConfigured) {
+    Config c = Config::defaults(envOf({{"HOME", "/home/ana"}}));
+    EXPECT_EQ(c.app.companyName, "Laboratorio");
+    EXPECT_EQ(c.app.productName, "Historicos");
+    EXPECT_EQ(c.app.major, 1);
+    EXPECT_EQ(c.app.minor, 0);
+    EXPECT_EQ(c.appPath(), "/home/ana/.local/share/historicos");
+    EXPECT_EQ(c.archivePath(), "/home/ana/.local/share/historicos/archivo.db");
+    EXPECT_EQ(c.resolvedWorkDir(), "/home/ana/.local/share/historicos");
+    EXPECT_EQ(c.resolvedReportDir(), "/home/ana/.local/share/historicos/informes");
+    EXPECT_EQ(c.resolvedDocumentDir(), "/home/ana/.local/share/historicos/documentos");
+    EXPECT_EQ(c.resolvedSettingsDir(), "/home/ana/.config");
+    EXPECT_EQ(c.regional, "es-ES");
+    EXPECT_EQ(c.formatoMoneda, "#,##0.00");
+    EXPECT_EQ(c.formatoDivisa, "#,##0.00");
+    EXPECT_EQ(c.busyTimeoutMs, 2000);
+    EXPECT_TRUE(c.fechaServidor);
+    // Both selectors the classes use reach the archive.
+    for (int iBase : {1, 4}) {
+        backend::DataSource ds = c.dataSource(iBase);
+        EXPECT_EQ(ds.kind, "sqlite");
+        EXPECT_EQ(ds.path, c.archivePath());
+        EXPECT_EQ(ds.busyTimeoutMs, 2000);
+    }
+    EXPECT_FALSE(c.hasDataSource(2));
+    try {
+        c.dataSource(2);
+        FAIL() << "an unconfigured iBase must fail";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), err::InvalidCall);
+        EXPECT_THAT(e.description(), HasSubstr("iBase 2"));
+    }
+}
+
+TEST(ServicesConfig, XdgFoldersTakePrecedenceOverHome) {
+    Config c = Config::defaults(
+        envOf({{"HOME", "/home/ana"}, {"XDG_DATA_HOME", "/data"}, {"XDG_CONFIG_HOME", "/conf"}}));
+    EXPECT_EQ(c.archivePath(), "/data/historicos/archivo.db");
+    EXPECT_EQ(c.resolvedSettingsDir(), "/conf");
+}
+
+TEST(ServicesConfig, LocationPrecedence) {
+    auto env = envOf({{"HOME", "/h"}, {"HISTORICOS_CONFIG", "/env/c.json"}, {"XDG_CONFIG_HOME", "/x"}});
+    Config::Location explicitLoc = Config::locate(std::string("/cli/c.json"), env);
+    EXPECT_EQ(explicitLoc.file, "/cli/c.json");
+    EXPECT_TRUE(explicitLoc.required);
+    Config::Location envLoc = Config::locate(std::nullopt, env);
+    EXPECT_EQ(envLoc.file, "/env/c.json");
+    EXPECT_TRUE(envLoc.required);
+    Config::Location xdg = Config::locate(std::nullopt, envOf({{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/x"}}));
+    EXPECT_EQ(xdg.file, "/x/historicos/config.json");
+    EXPECT_FALSE(xdg.required);
+    Config::Location home = Config::locate(std::nullopt, envOf({{"HOME", "/h"}}));
+    EXPECT_EQ(home.file, "/h/.config/historicos/config.json");
+}
+
+TEST(ServicesConfig, AbsentDefaultFileGivesDefaults) {
+    ScratchDir dir;
+    Config c = Config::load(std::nullopt, envOf({{"HOME", dir.str()}}));
+    EXPECT_TRUE(c.sourceFile.empty());
+    EXPECT_EQ(c.archivePath(), dir.str() + "/.local/share/historicos/archivo.db");
+}
+
+TEST(ServicesConfig, ReadsEveryItem) {
+    ScratchDir dir;
+    writeFile(dir / "conf/historicos/config.json", R"({
+        "application": {"CompanyName": "Dental Sur", "ProductName": "Gestion", "Major": 3, "Minor": 12,
+                        "Path": "app"},
+        "archive": "~/datos/arch.db",
+        "dataSources": {"1": {"path": "/srv/otro.db", "busyTimeout": 500}, "7": {"kind": "sqlite"}},
+        "busyTimeout": 4000,
+        "regional": "en-us",
+        "formatoMoneda": "#,##0.000",
+        "formatoDivisa": "0.00",
+        "workDir": "/w",
+        "reportDir": "/r",
+        "documentDir": "/d",
+        "settingsDir": "/s",
+        "bFechaServidor": false
+    })");
+    Config c = Config::load(std::nullopt, envOf({{"HOME", dir.str()}, {"XDG_CONFIG_HOME", (dir / "conf").string()}}));
+    EXPECT_EQ(c.sourceFile, (dir / "conf/historicos/config.json").string());
+    EXPECT_EQ(c.app.companyName, "Dental Sur");
+    EXPECT_EQ(c.app.productName, "Gestion");
+    EXPECT_EQ(c.app.major, 3);
+    EXPECT_EQ(c.app.minor, 12);
+    // A relative path is read from the file's folder; "~/" is the home folder.
+    EXPECT_EQ(c.appPath(), (dir / "conf/historicos/app").string());
+    EXPECT_EQ(c.archivePath(), dir.str() + "/datos/arch.db");
+    EXPECT_EQ(c.dataSource(1).path, "/srv/otro.db");
+    EXPECT_EQ(c.dataSource(1).busyTimeoutMs, 500);
+    EXPECT_EQ(c.dataSource(4).path, c.archivePath());  // untouched default
+    EXPECT_EQ(c.dataSource(4).busyTimeoutMs, 4000);
+    EXPECT_EQ(c.dataSource(7).path, c.archivePath());
+    EXPECT_EQ(c.regional, "en-US");
+    EXPECT_EQ(c.formatoMoneda, "#,##0.000");
+    EXPECT_EQ(c.formatoDivisa, "0.00");
+    EXPECT_EQ(c.resolvedWorkDir(), "/w");
+    EXPECT_EQ(c.resolvedReportDir(), "/r");
+    EXPECT_EQ(c.resolvedDocumentDir(), "/d");
+    EXPECT_EQ(c.resolvedSettingsDir(), "/s");
+    EXPECT_FALSE(c.fechaServidor);
+}
+
+TEST(ServicesConfig, HostOptionsOverrideTheFile) {
+    Config c = Config::fromJson(R"({"archive": "/a.db", "dataSources": {"1": {"path": "/own.db"}},
+                                    "workDir": "/w", "application": {"Path": "/app"}})",
+                                "/etc/c.json", envOf({{"HOME", "/h"}}));
+    Config::Overrides o;
+    o.db = "/cli.db";
+    o.locale = "en-US";
+    o.appPath = "/cliapp";
+    o.workDir = "/cliwork";
+    o.settingsDir = "/clisettings";
+    c.apply(o);
+    EXPECT_EQ(c.archivePath(), "/cli.db");
+    EXPECT_EQ(c.dataSource(4).path, "/cli.db");
+    EXPECT_EQ(c.dataSource(1).path, "/own.db");  // a source with a file of its own keeps it
+    EXPECT_EQ(c.regional, "en-US");
+    EXPECT_EQ(c.appPath(), "/cliapp");
+    EXPECT_EQ(c.resolvedReportDir(), "/cliapp/informes");  // derived folders follow the application
+    EXPECT_EQ(c.resolvedWorkDir(), "/cliwork");
+    EXPECT_EQ(c.resolvedSettingsDir(), "/clisettings");
+
+    Config::Overrides unset;
+    Config before = c;
+    c.apply(unset);
+    EXPECT_EQ(c.archivePath(), before.archivePath());
+
+    Config::Overrides badLocale;
+    badLocale.locale = "fr-FR";
+    try {
+        c.apply(badLocale);
+        FAIL() << "an unknown locale must fail";
+    } catch (const Error& e) {
+        EXPECT_THAT(e.description(), HasSubstr("--locale"));
+        EXPECT_THAT(e.description(), HasSubstr("fr-FR"));
+    }
+}
+
+std::string failureOf(const std::string& json) {
+    try {
+        Config::fromJson(json, "/etc/historicos.json", envOf({{"HOME", "/h"}}));
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), err::InvalidCall);
+        EXPECT_EQ(e.source(), SrcConfig);
+        EXPECT_EQ(e.description().find('\n'), std::string::npos) << "one line";
+        return e.description();
+    }
+    ADD_FAILURE() << "no failure for " << json;
+    return {};
+}
+
+TEST(ServicesConfig, BadInputNamesFileKeyAndExpectation) {
+    struct Case {
+        const char* json;
+        std::vector<const char*> says;
+    };
+    const Case cases[] = {
+        {R"({"busyTimeout": "2000"})", {"/etc/historicos.json", "\"busyTimeout\"", "whole number", "found a text"}},
+        {R"({"busyTimeout": -1})", {"\"busyTimeout\"", "from 0 to 600000", "-1"}},
+        {R"({"bFechaServidor": 1})", {"\"bFechaServidor\"", "true or false"}},
+        {R"({"regional": "fr-FR"})", {"\"regional\"", "\"es-ES\" or \"en-US\"", "fr-FR"}},
+        {R"({"formatoMoneda": ""})", {"\"formatoMoneda\"", "not empty"}},
+        {R"({"archive": 5})", {"\"archive\"", "a text"}},
+        {R"({"colour": "red"})", {"unknown key \"colour\"", "known keys:", "archive"}},
+        {R"({"application": {"Major": 70000}})", {"\"application.Major\"", "from 0 to 32767"}},
+        {R"({"application": {"Minor": 1.5}})", {"\"application.Minor\"", "a number with decimals"}},
+        {R"({"application": {"Company": "x"}})", {"unknown key \"application.Company\"", "CompanyName"}},
+        {R"({"application": "x"})", {"\"application\"", "an object"}},
+        {R"({"dataSources": {"uno": {}}})", {"\"dataSources.uno\"", "iBase number"}},
+        {R"({"dataSources": {"4": "x.db"}})", {"\"dataSources.4\"", "an object"}},
+        {R"({"dataSources": {"4": {"kind": "oracle"}}})", {"\"dataSources.4.kind\"", "\"sqlite\"", "oracle"}},
+        {R"({"dataSources": {"4": {"file": "x"}}})", {"unknown key \"dataSources.4.file\"", "path"}},
+        {R"([1, 2])", {"/etc/historicos.json", "JSON object", "a list"}},
+        {"{\n  \"archive\": \"a.db\",\n  oops\n}", {"/etc/historicos.json", "not valid JSON", "line 3"}},
+        {"", {"not valid JSON"}},
+    };
+    for (const Case& c : cases) {
+        std::string msg = failureOf(c.json);
+        for (const char* s : c.says) EXPECT_THAT(msg, HasSubstr(s)) << "input: " << c.json;
+    }
+}
+
+TEST(ServicesConfig, FileProblemsSayWhatToFix) {
+    ScratchDir dir;
+    auto env = envOf({{"HOME", dir.str()}, {"HISTORICOS_CONFIG", (dir / "env.json").string()}});
+    auto message = [&](const std::optional<std::string>& file) -> std::string {
+        try {
+            Config::load(file, env);
+        } catch (const Error& e) {
+            return e.description();
+        }
+        return "(no failure)";
+    };
+    std::string missingCli = message((dir / "nope.json").string());
+    EXPECT_THAT(missingCli, HasSubstr((dir / "nope.json").string()));
+    EXPECT_THAT(missingCli, HasSubstr("not found"));
+    EXPECT_THAT(missingCli, HasSubstr("--config"));
+
+    std::string missingEnv = message(std::nullopt);
+    EXPECT_THAT(missingEnv, HasSubstr((dir / "env.json").string()));
+    EXPECT_THAT(missingEnv, HasSubstr("HISTORICOS_CONFIG"));
+
+    std::filesystem::create_directories(dir / "folder.json");
+    EXPECT_THAT(message((dir / "folder.json").string()), HasSubstr("is a folder"));
+
+    writeFile(dir / "bad.json", "{\"busyTimeout\": true}");
+    std::string bad = message((dir / "bad.json").string());
+    EXPECT_THAT(bad, HasSubstr((dir / "bad.json").string()));
+    EXPECT_THAT(bad, HasSubstr("\"busyTimeout\""));
+
+    if (::geteuid() != 0) {  // permissions do not stop the superuser
+        writeFile(dir / "locked.json", "{}");
+        ::chmod((dir / "locked.json").c_str(), 0);
+        EXPECT_THAT(message((dir / "locked.json").string()), HasSubstr("cannot be read"));
+    }
+
+    writeFile(dir / "good.json", "{\"busyTimeout\": 10}");
+    EXPECT_EQ(Config::load((dir / "good.json").string(), env).busyTimeoutMs, 10);
+}
+
+TEST(ServicesConfig, InstalledConfigurationIsShared) {
+    Configuration::reset();
+    EXPECT_FALSE(Configuration::installed());
+    EXPECT_EQ(Configuration::current()->busyTimeoutMs, 2000);
+    Config c = Config::defaults(envOf({{"HOME", "/h"}}));
+    c.busyTimeoutMs = 77;
+    Configuration::install(c);
+    EXPECT_TRUE(Configuration::installed());
+    EXPECT_EQ(Configuration::current()->busyTimeoutMs, 77);
+    Configuration::reset();
+    EXPECT_EQ(Configuration::current()->busyTimeoutMs, 2000);
+}
+
+}  // namespace
+}  // namespace hist::services
