@@ -1,0 +1,105 @@
+#include "platform/collection.hpp"
+
+#include <gtest/gtest.h>
+
+#include "platform/dispatch.hpp"
+#include "platform/error.hpp"
+
+namespace hist {
+namespace {
+
+Variant S(const char* s) { return Variant(std::string(s)); }
+Variant L(int32_t v) { return Variant(v); }
+
+long errorOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const Error& e) {
+        return e.number();
+    }
+    return 0;
+}
+
+std::vector<Variant> valuesOf(const Collection& c) { return c.values(); }
+
+TEST(CollectionTest, AddPlacesItemsAtTheEndOrBeforeAndAfter) {
+    Collection c;
+    c.Add(S("b"), S("kb"));
+    c.Add(S("d"));
+    c.Add(S("a"), Variant::missing(), L(1));          // before position 1
+    c.Add(S("c"), Variant::missing(), S("KB"), Variant::missing());
+    c.Add(S("e"), Variant::missing(), Variant::missing(), L(4));  // after the last
+    c.Add(S("c2"), Variant::missing(), Variant::missing(), S("kb"));
+    EXPECT_EQ(valuesOf(c), (std::vector<Variant>{S("a"), S("c"), S("b"), S("c2"), S("d"), S("e")}));
+    EXPECT_EQ(c.Count(), 6);
+    EXPECT_EQ(c.keyAt(2), std::optional<std::string>("kb"));
+    EXPECT_EQ(c.keyAt(0), std::nullopt);
+}
+
+TEST(CollectionTest, ItemByPositionOrKeyIgnoringCase) {
+    Collection c;
+    c.Add(L(10), S("Año"));
+    c.Add(L(20), S("uno"));
+    EXPECT_EQ(c.Item(L(1)), L(10));
+    EXPECT_EQ(c.Item(Variant(int16_t{2})), L(20));
+    EXPECT_EQ(c.Item(Variant(1.6)), L(20)) << "a fractional position rounds";
+    EXPECT_EQ(c.Item(S("AÑO")), L(10)) << "keys fold case beyond ASCII";
+    EXPECT_EQ(c.Item(S("UNO")), L(20));
+}
+
+TEST(CollectionTest, FailuresCarryTheRuntimeNumbers) {
+    Collection c;
+    c.Add(S("x"), S("k"));
+    c.Add(S("y"));
+    struct Case {
+        const char* what;
+        std::function<void()> f;
+        long error;
+    };
+    const Case cases[] = {
+        {"position 0", [&] { c.Item(L(0)); }, err::SubscriptOutOfRange},
+        {"position past Count", [&] { c.Item(L(3)); }, err::SubscriptOutOfRange},
+        {"unknown key", [&] { c.Item(S("nokey")); }, err::InvalidCall},
+        {"Null index", [&] { c.Item(Variant::null()); }, err::TypeMismatch},
+        {"duplicate key in another case", [&] { c.Add(S("z"), S("K")); }, err::DuplicateKey},
+        {"numeric key", [&] { c.Add(S("z"), L(4)); }, err::TypeMismatch},
+        {"before and after", [&] { c.Add(S("z"), Variant::missing(), L(1), L(1)); }, err::InvalidCall},
+        {"before past Count", [&] { c.Add(S("z"), Variant::missing(), L(9)); }, err::SubscriptOutOfRange},
+        {"remove unknown key", [&] { c.Remove(S("nokey")); }, err::InvalidCall},
+        {"remove past Count", [&] { c.Remove(L(3)); }, err::SubscriptOutOfRange},
+    };
+    for (const auto& k : cases) EXPECT_EQ(errorOf(k.f), k.error) << k.what;
+    EXPECT_EQ(c.Count(), 2) << "failed calls change nothing";
+}
+
+TEST(CollectionTest, RemoveFreesTheKey) {
+    Collection c;
+    c.Add(S("x"), S("k"));
+    c.Add(S("y"));
+    c.Remove(S("K"));
+    EXPECT_EQ(valuesOf(c), std::vector<Variant>{S("y")});
+    c.Add(S("x2"), S("k"));
+    c.Remove(L(1));
+    EXPECT_EQ(c.Item(S("k")), S("x2"));
+}
+
+TEST(CollectionTest, ReachableByName) {
+    registerPlatformClasses(Registry::global());
+    ObjectPtr c = Registry::global().create("Collection");
+    Args add{S("a"), S("ka")};
+    call(c, "Add", add);
+    Args addBefore{S("b"), Variant::missing(), S("ka")};
+    call(c, "add", addBefore);
+    Args none;
+    EXPECT_EQ(call(c, "Count", none), L(2));
+    Args at1{L(1)};
+    EXPECT_EQ(call(c, "Item", at1), S("b"));
+    Args rm{S("KA")};
+    call(c, "Remove", rm);
+    EXPECT_EQ(call(c, "Count", none), L(1));
+    EXPECT_EQ(Registry::global().find("Collection")->listedNames(),
+              (std::vector<std::string>{"Add", "Count", "Item", "Remove"}));
+}
+
+}  // namespace
+}  // namespace hist
