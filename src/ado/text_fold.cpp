@@ -1,0 +1,127 @@
+#include "ado/text_fold.hpp"
+
+#include <unicode/ucasemap.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace hist::ado::text {
+namespace {
+
+struct CaseMapCloser {
+    void operator()(UCaseMap* m) const { ucasemap_close(m); }
+};
+
+UCaseMap* caseMap() {
+    thread_local std::unique_ptr<UCaseMap, CaseMapCloser> map = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        return std::unique_ptr<UCaseMap, CaseMapCloser>(ucasemap_open("", U_FOLD_CASE_DEFAULT, &status));
+    }();
+    return map.get();
+}
+
+inline unsigned char lowerAscii(unsigned char c) { return (c >= 'A' && c <= 'Z') ? c + 32 : c; }
+
+}  // namespace
+
+std::string fold(std::string_view s) {
+    if (isAscii(s)) {
+        std::string out(s);
+        for (char& c : out) c = static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
+        return out;
+    }
+    std::string out(s.size() + 16, '\0');
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t n = ucasemap_utf8FoldCase(caseMap(), out.data(), static_cast<int32_t>(out.size()), s.data(),
+                                      static_cast<int32_t>(s.size()), &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        out.assign(static_cast<std::size_t>(n), '\0');
+        status = U_ZERO_ERROR;
+        n = ucasemap_utf8FoldCase(caseMap(), out.data(), n, s.data(), static_cast<int32_t>(s.size()), &status);
+    }
+    if (U_FAILURE(status)) return std::string(s);  // malformed UTF-8: compare the bytes as they are
+    out.resize(static_cast<std::size_t>(n));
+    return out;
+}
+
+int compareNoCase(std::string_view a, std::string_view b) {
+    const std::size_t n = std::min(a.size(), b.size());
+    for (std::size_t k = 0; k < n; ++k) {
+        const unsigned char x = static_cast<unsigned char>(a[k]);
+        const unsigned char y = static_cast<unsigned char>(b[k]);
+        if ((x | y) >= 0x80) {
+            // A non-ASCII letter from here on: fold the rest of both and compare.
+            const std::string fa = fold(a.substr(k));
+            const std::string fb = fold(b.substr(k));
+            const int c = fa.compare(fb);
+            return c < 0 ? -1 : (c > 0 ? 1 : 0);
+        }
+        const unsigned char lx = lowerAscii(x), ly = lowerAscii(y);
+        if (lx != ly) return lx < ly ? -1 : 1;
+    }
+    if (a.size() == b.size()) return 0;
+    return a.size() < b.size() ? -1 : 1;
+}
+
+bool equalNoCase(std::string_view a, std::string_view b) {
+    if (a.size() == b.size() && isAscii(a) && isAscii(b)) {
+        for (std::size_t k = 0; k < a.size(); ++k)
+            if (lowerAscii(static_cast<unsigned char>(a[k])) != lowerAscii(static_cast<unsigned char>(b[k])))
+                return false;
+        return true;
+    }
+    return compareNoCase(a, b) == 0;
+}
+
+bool startsWithFolded(std::string_view s, std::string_view folded) {
+    if (s.size() >= folded.size()) {
+        bool ascii = true;
+        for (std::size_t k = 0; k < folded.size(); ++k) {
+            const unsigned char c = static_cast<unsigned char>(s[k]);
+            if (c >= 0x80 || static_cast<unsigned char>(folded[k]) >= 0x80) {
+                ascii = false;
+                break;
+            }
+            if (lowerAscii(c) != static_cast<unsigned char>(folded[k])) return false;
+        }
+        if (ascii) return true;
+    } else if (isAscii(s)) {
+        return false;  // folding ASCII keeps its length
+    }
+    const std::string f = fold(s);
+    return f.size() >= folded.size() && std::memcmp(f.data(), folded.data(), folded.size()) == 0;
+}
+
+bool endsWithFolded(std::string_view s, std::string_view folded) {
+    if (isAscii(s)) {
+        if (s.size() < folded.size()) return false;
+        const std::size_t off = s.size() - folded.size();
+        for (std::size_t k = 0; k < folded.size(); ++k)
+            if (lowerAscii(static_cast<unsigned char>(s[off + k])) != static_cast<unsigned char>(folded[k]))
+                return false;
+        return true;
+    }
+    const std::string f = fold(s);
+    return f.size() >= folded.size() && f.compare(f.size() - folded.size(), folded.size(), folded) == 0;
+}
+
+bool containsFolded(std::string_view s, std::string_view folded) {
+    if (folded.empty()) return true;
+    if (isAscii(s)) {
+        if (s.size() < folded.size()) return false;
+        const unsigned char first = static_cast<unsigned char>(folded[0]);
+        for (std::size_t k = 0; k + folded.size() <= s.size(); ++k) {
+            if (lowerAscii(static_cast<unsigned char>(s[k])) != first) continue;
+            std::size_t j = 1;
+            while (j < folded.size() &&
+                   lowerAscii(static_cast<unsigned char>(s[k + j])) == static_cast<unsigned char>(folded[j]))
+                ++j;
+            if (j == folded.size()) return true;
+        }
+        return false;
+    }
+    return fold(s).find(folded) != std::string::npos;
+}
+
+}  // namespace hist::ado::text
