@@ -1,0 +1,408 @@
+// Conversions, the number reader and writer, Val, comparison and the Print # form,
+// under both regional settings.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <thread>
+
+#include "platform/clock.hpp"
+#include "platform/runtime.hpp"
+#include "runtime_test_util.hpp"
+
+namespace hist::rt {
+namespace {
+
+using hist::testing::errorOf;
+using hist::testing::Loc;
+using hist::testing::regionalOf;
+
+const double k22Nov2026 = 46348;
+const double k1430 = (14 * 3600 + 30 * 60) / 86400.0;
+const double k0905 = (9 * 3600 + 5 * 60) / 86400.0;
+
+// ---- CStr ----
+
+struct CStrCase {
+    Variant value;
+    const char* es;
+    const char* en;
+};
+
+TEST(RuntimeCStr, TextFormsPerRegionalSettings) {
+    const CStrCase cases[] = {
+        {1234.5, "1234,5", "1234.5"},
+        {-1234.5, "-1234,5", "-1234.5"},
+        {1234567.891, "1234567,891", "1234567.891"},
+        {0.1 + 0.2, "0,3", "0.3"},
+        {0.0009, "0,0009", "0.0009"},
+        {int16_t(-42), "-42", "-42"},
+        {Variant::date(k22Nov2026), "22/11/2026", "11/22/2026"},
+        {Variant::date(k22Nov2026 + k1430), "22/11/2026 14:30:00", "11/22/2026 2:30:00 PM"},
+        {Variant::date(k1430), "14:30:00", "2:30:00 PM"},
+        {Variant::date(k0905), "9:05:00", "9:05:00 AM"},
+        {Variant::date(0), "0:00:00", "12:00:00 AM"},
+        {Variant::date(-49192.24), "24/04/1765 5:45:36", "4/24/1765 5:45:36 AM"},
+        {true, "True", "True"},
+        {false, "False", "False"},
+        {Variant(), "", ""},
+        {"texto", "texto", "texto"},
+    };
+    for (Loc loc : {Loc::es, Loc::en}) {
+        RegionalScope scope(regionalOf(loc));
+        for (const auto& c : cases) {
+            EXPECT_EQ(CStr(c.value), loc == Loc::es ? c.es : c.en) << regionalOf(loc).name;
+        }
+    }
+}
+
+TEST(RuntimeCStr, NumberTextSwitchesToExponentAtTheEdges) {
+    // Not settled on the original platform: we write like "%.15G" (1E15 and up, below 1E-4).
+    RegionalScope scope(Regional::esES());
+    EXPECT_EQ(numberText(1e15), "1E+15");
+    EXPECT_EQ(numberText(999999999999999.0), "999999999999999");
+    EXPECT_EQ(numberText(0.00001), "1E-05");
+    EXPECT_EQ(numberText(0.0001), "0,0001");
+    EXPECT_EQ(numberText(-0.0), "0");
+    EXPECT_EQ(numberText(1.5e-7, Regional::enUS()), "1.5E-07");
+}
+
+// ---- CInt / CLng ----
+
+struct IntCase {
+    double in;
+    long expected;  // or the error number when err is set
+    bool err;
+};
+
+TEST(RuntimeCInt, RoundsHalfToEvenAndOverflowsAfterRounding) {
+    const IntCase cases[] = {
+        {0.5, 0, false},        {1.5, 2, false},      {2.5, 2, false},       {0.6, 1, false},
+        {0.4, 0, false},        {-0.5, 0, false},     {-1.5, -2, false},     {32767.49, 32767, false},
+        {32767.5, 6, true},     {32768, 6, true},     {-32768.5, -32768, false},
+        {-32768.51, 6, true},   {32767, 32767, false}, {-32768, -32768, false},
+    };
+    for (const auto& c : cases) {
+        if (c.err) {
+            EXPECT_EQ(errorOf([&] { CInt(c.in); }), c.expected) << c.in;
+        } else {
+            EXPECT_EQ(CInt(c.in), c.expected) << c.in;
+        }
+    }
+}
+
+TEST(RuntimeCLng, RoundsHalfToEvenAndOverflowsAfterRounding) {
+    EXPECT_EQ(CLng(25427.45), 25427);
+    EXPECT_EQ(CLng(25427.55), 25428);
+    EXPECT_EQ(CLng(2147483647.0), 2147483647);
+    EXPECT_EQ(CLng(2147483646.5), 2147483646);
+    EXPECT_EQ(CLng(-2147483648.0), -2147483647 - 1);
+    EXPECT_EQ(errorOf([] { CLng(2147483647.5); }), err::Overflow);
+    EXPECT_EQ(errorOf([] { CLng(2147483648.0); }), err::Overflow);
+    EXPECT_EQ(errorOf([] { CLng(-2147483649.0); }), err::Overflow);
+    EXPECT_EQ(errorOf([] { CLng(std::nan("")); }), err::Overflow);
+    EXPECT_EQ(CLng(Variant::date(46348.75)), 46349);
+}
+
+TEST(RuntimeCInt, OtherKindsAndTexts) {
+    EXPECT_EQ(CInt(Variant()), 0);
+    EXPECT_EQ(CInt(true), -1);
+    EXPECT_EQ(CInt(false), 0);
+    EXPECT_EQ(CInt(int32_t(300)), 300);
+    EXPECT_EQ(errorOf([] { CInt(int32_t(40000)); }), err::Overflow);
+    EXPECT_EQ(errorOf([] { CInt("abc"); }), err::TypeMismatch);
+    EXPECT_EQ(errorOf([] { CInt(""); }), err::TypeMismatch);
+    EXPECT_EQ(errorOf([] { CInt(Variant::missing()); }), err::TypeMismatch);
+    {
+        RegionalScope scope(Regional::esES());
+        EXPECT_EQ(CInt("12,5"), 12);  // 12.5 to even
+        EXPECT_EQ(CInt("13,5"), 14);
+        EXPECT_EQ(CLng("1.234"), 1234);
+    }
+    {
+        RegionalScope scope(Regional::enUS());
+        EXPECT_EQ(CInt("12,5"), 125);  // the comma is the thousands mark
+        EXPECT_EQ(CInt("12.5"), 12);
+        EXPECT_EQ(errorOf([] { CInt("32767.5"); }), err::Overflow);
+    }
+}
+
+// ---- Null and its error ----
+
+TEST(RuntimeNull, EveryConversionRefusesNullWithError94) {
+    const Variant null = Variant::null();
+    const std::function<void()> calls[] = {
+        [&] { CInt(null); }, [&] { CLng(null); },  [&] { CDbl(null); },
+        [&] { CBool(null); }, [&] { CDate(null); }, [&] { CStr(null); },
+    };
+    for (const auto& call : calls) {
+        try {
+            call();
+            ADD_FAILURE() << "no error raised";
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), err::InvalidUseOfNull);
+            EXPECT_EQ(e.source(), "historicos.runtime");
+            EXPECT_EQ(e.description(), "Invalid use of Null");
+        }
+    }
+    EXPECT_FALSE(IsNumeric(null));
+    EXPECT_FALSE(IsDate(null));
+    // The Variant-preserving conversions let Null through.
+    EXPECT_TRUE(toInteger(null).isNull());
+    EXPECT_TRUE(toDate(null).isNull());
+    EXPECT_TRUE(toString(null).isNull());
+}
+
+TEST(RuntimeErrors, MismatchAndOverflowCarryTheirDescriptions) {
+    try {
+        CInt("abc");
+        ADD_FAILURE();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), 13);
+        EXPECT_EQ(e.description(), "Type mismatch");
+        EXPECT_EQ(e.source(), "historicos.runtime");
+    }
+    try {
+        CInt(40000.0);
+        ADD_FAILURE();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), 6);
+        EXPECT_EQ(e.description(), "Overflow");
+    }
+}
+
+// ---- CBool ----
+
+TEST(RuntimeCBool, NumbersWordsAndRefusals) {
+    struct Case {
+        Variant in;
+        int expected;  // 1 true, 0 false, else the error number
+    };
+    const Case cases[] = {
+        {0.0, 0},       {-0.0, 0},       {0.4, 1},         {-0.5, 1},       {int16_t(0), 0},
+        {"True", 1},    {"true", 1},     {"FALSE", 0},     {"false", 0},    {"#TRUE#", 1},
+        {"#FALSE#", 0}, {"#False#", 13}, {"0", 0},         {"-1", 1},       {"+1", 1},
+        {"Verdadero", 13}, {"Yes", 13},  {"On", 13},       {Variant(), 0},  {Variant::null(), 94},
+    };
+    for (const auto& c : cases) {
+        if (c.expected > 1) {
+            EXPECT_EQ(errorOf([&] { CBool(c.in); }), c.expected) << CStr(c.in);
+        } else {
+            EXPECT_EQ(CBool(c.in), c.expected == 1) << CStr(c.in);
+        }
+    }
+    RegionalScope es(Regional::esES());
+    EXPECT_TRUE(CBool("0.1"));  // the thousands mark: reads as 1
+    RegionalScope en(Regional::enUS());
+    EXPECT_TRUE(CBool("0.1"));
+}
+
+// ---- IsNumeric / CDbl ----
+
+struct NumCase {
+    const char* text;
+    std::optional<double> es;  // nothing: not numeric there
+    std::optional<double> en;
+};
+
+TEST(RuntimeParseNumber, LaxReaderPerRegionalSettings) {
+    const NumCase cases[] = {
+        {"1.234,5", 1234.5, std::nullopt},
+        {"1,234.5", std::nullopt, 1234.5},
+        {"1234,5", 1234.5, 12345},
+        {"1234.5", 12345, 1234.5},
+        {"1,2,3", std::nullopt, 123},  // a second decimal comma stops the reading
+        {"", std::nullopt, std::nullopt},
+        {" ", std::nullopt, std::nullopt},
+        {" 53 ", 53, 53},
+        {"459.95", 45995, 459.95},
+        {"45 Help", std::nullopt, std::nullopt},
+        {"&H1F", 31, 31},
+        {"&O17", 15, 15},
+        {"&HFFFF", -1, -1},
+        {"1e3", 1000, 1000},
+        {"(5)", -5, -5},
+        {"5-", -5, -5},
+        {"-5-", std::nullopt, std::nullopt},
+        {"(5", std::nullopt, std::nullopt},
+        {"$11", std::nullopt, 11},
+        {"1.234,50 €", 1234.5, std::nullopt},
+        {"-1.234,50 €", -1234.5, std::nullopt},
+        {"($1,234.50)", std::nullopt, -1234.5},
+        {"1e", std::nullopt, std::nullopt},
+        {"1,000", 1, 1000},
+    };
+    for (const auto& c : cases) {
+        for (Loc loc : {Loc::es, Loc::en}) {
+            const auto& expected = loc == Loc::es ? c.es : c.en;
+            const Regional& r = regionalOf(loc);
+            auto got = parseNumber(c.text, r);
+            ASSERT_EQ(got.has_value(), expected.has_value()) << '"' << c.text << "\" " << r.name;
+            if (expected) { EXPECT_DOUBLE_EQ(*got, *expected) << '"' << c.text << "\" " << r.name; }
+
+            RegionalScope scope(r);
+            EXPECT_EQ(IsNumeric(c.text), expected.has_value()) << c.text << ' ' << r.name;
+            if (expected) { EXPECT_DOUBLE_EQ(CDbl(c.text), *expected); }
+            else { EXPECT_EQ(errorOf([&] { CDbl(c.text); }), err::TypeMismatch) << c.text; }
+        }
+    }
+}
+
+TEST(RuntimeIsNumeric, NonTextKinds) {
+    EXPECT_TRUE(IsNumeric(Variant()));
+    EXPECT_EQ(CDbl(Variant()), 0);
+    EXPECT_TRUE(IsNumeric(int32_t(5)));
+    EXPECT_TRUE(IsNumeric(true));
+    EXPECT_FALSE(IsNumeric(Variant::date(46348)));
+    EXPECT_FALSE(IsNumeric(Variant::null()));
+    EXPECT_EQ(CDbl(Variant::date(46348.5)), 46348.5);
+}
+
+// ---- Val ----
+
+TEST(RuntimeVal, ReadsWithThePeriodInAnySettings) {
+    struct Case {
+        const char* text;
+        double expected;
+    };
+    const Case cases[] = {
+        {"    1615 198th Street N.E.", 1615198},
+        {"2457", 2457},
+        {" 2 45 7", 2457},
+        {"24 and 57", 24},
+        {"&HFFFF", -1},
+        {"&HFFFF&", 65535},
+        {"&O17", 15},
+        {"1234,5", 1234},
+        {"12abc", 12},
+        {"", 0},
+        {"abc", 0},
+        {"12.5.6", 12.5},
+        {"1e3", 1000},
+        {"-3.5", -3.5},
+        {"\t1\n2", 12},
+    };
+    for (Loc loc : {Loc::es, Loc::en}) {
+        RegionalScope scope(regionalOf(loc));
+        for (const auto& c : cases) EXPECT_DOUBLE_EQ(Val(c.text), c.expected) << '"' << c.text << '"';
+    }
+    // A whole number rebuilt through CStr and Val is exact in either settings.
+    for (Loc loc : {Loc::es, Loc::en}) {
+        RegionalScope scope(regionalOf(loc));
+        EXPECT_EQ(Val(CStr(123456789.0)), 123456789.0);
+    }
+}
+
+// ---- Variant-preserving conversions ----
+
+TEST(RuntimeToVariant, KindsAndValues) {
+    RegionalScope scope(Regional::esES());
+    EXPECT_EQ(toInteger("12,5"), Variant(int16_t(12)));
+    EXPECT_EQ(toLong(2.5), Variant(int32_t(2)));
+    EXPECT_EQ(toDouble("1.234,5"), Variant(1234.5));
+    EXPECT_EQ(toBoolean("true"), Variant(true));
+    EXPECT_EQ(toDate("22/11/2026"), Variant::date(k22Nov2026));
+    EXPECT_EQ(toString(1234.5), Variant("1234,5"));
+    EXPECT_TRUE(toLong(Variant::missing()).isMissing());
+    EXPECT_EQ(errorOf([] { toInteger("x"); }), err::TypeMismatch);
+}
+
+// ---- compare ----
+
+TEST(RuntimeCompare, KindsAgainstEachOther) {
+    RegionalScope scope(Regional::esES());
+    struct Case {
+        Variant a, b;
+        std::optional<int> expected;
+    };
+    const Case cases[] = {
+        {1, 2.5, -1},
+        {int32_t(3), int16_t(3), 0},
+        {"10", 9.0, 1},           // numeric text against a number: numerically
+        {"1,5", 1.5, 0},
+        {"abc", "abd", -1},
+        {"a", "B", 1},            // texts compare as bytes
+        {"abc", 5.0, 1},          // a text that is no number sorts after the number
+        {Variant::date(46348), 46348.0, 0},
+        {Variant::date(46348), "22/11/2026", 0},
+        {Variant(), 0.0, 0},
+        {Variant(), "", 0},
+        {Variant(), "x", -1},
+        {true, -1.0, 0},
+        {Variant::null(), 1.0, std::nullopt},
+        {"x", Variant::null(), std::nullopt},
+        {Variant::null(), Variant::null(), std::nullopt},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(compare(c.a, c.b), c.expected) << CStr(c.a.isNull() ? Variant("Null") : c.a);
+        if (c.expected) { EXPECT_EQ(compare(c.b, c.a), -*c.expected); }
+    }
+}
+
+// ---- Print # ----
+
+TEST(RuntimePrintText, ListingFormsPerRegionalSettings) {
+    const CStrCase cases[] = {
+        {1234.5, " 1234,5 ", " 1234.5 "},
+        {int16_t(-7), "-7 ", "-7 "},
+        {-7.0, "-7 ", "-7 "},
+        {0.0, " 0 ", " 0 "},
+        {int16_t(1), " 1 ", " 1 "},
+        {int32_t(1), " 1 ", " 1 "},
+        {Variant::date(k22Nov2026), "22/11/2026", "11/22/2026"},
+        {Variant::date(k22Nov2026 + k1430), "22/11/2026 14:30:00", "11/22/2026 2:30:00 PM"},
+        {Variant::date(k1430), "14:30:00", "2:30:00 PM"},
+        {true, "True", "True"},
+        {false, "False", "False"},
+        {Variant::null(), "Null", "Null"},
+        {Variant(), "", ""},
+        {"<b>&\"", "<b>&\"", "<b>&\""},
+    };
+    for (Loc loc : {Loc::es, Loc::en}) {
+        RegionalScope scope(regionalOf(loc));
+        for (const auto& c : cases) EXPECT_EQ(printText(c.value), loc == Loc::es ? c.es : c.en);
+    }
+}
+
+// ---- Regional settings in force ----
+
+TEST(RuntimeRegional, CurrentIsPerThreadAndDefaultsToSpanish) {
+    EXPECT_EQ(Regional::current().name, "es-ES");
+    {
+        RegionalScope scope(Regional::enUS());
+        EXPECT_EQ(Regional::current().name, "en-US");
+        std::string other;
+        std::thread t([&] { other = Regional::current().name + "|" + CStr(1.5); });
+        t.join();
+        EXPECT_EQ(other, "es-ES|1,5");
+        EXPECT_EQ(CStr(1.5), "1.5");
+    }
+    EXPECT_EQ(Regional::current().name, "es-ES");
+}
+
+TEST(RuntimeRegional, ByName) {
+    EXPECT_EQ(Regional::byName("EN-us").decimal, '.');
+    EXPECT_EQ(Regional::byName("es-ES").decimal, ',');
+    EXPECT_EQ(errorOf([] { Regional::byName("fr-FR"); }), err::InvalidCall);
+}
+
+// ---- Clock and user ----
+
+TEST(RuntimeClock, FixedClockAndUser) {
+    Clock::set(k22Nov2026 + k1430);
+    EXPECT_EQ(Clock::now(), k22Nov2026 + k1430);
+    EXPECT_EQ(Clock::today(), k22Nov2026);
+    EXPECT_NEAR(Clock::timeOfDay(), k1430, 1e-9);
+    Clock::set(std::nullopt);
+    const double now = Clock::now();
+    EXPECT_GT(now, dateSerial(2020, 1, 1));
+    EXPECT_EQ(Clock::today(), std::floor(Clock::today()));
+
+    CurrentUser::set("marta");
+    EXPECT_EQ(CurrentUser::name(), "marta");
+    CurrentUser::set(std::nullopt);
+    EXPECT_FALSE(CurrentUser::name().empty());
+}
+
+}  // namespace
+}  // namespace hist::rt
