@@ -1,0 +1,164 @@
+#pragma once
+// RecordClass: what every record class is. One primary recordset (adoPrimaryRS)
+// and the connection it came on (cnnPrimary); navigation, editing, transactions,
+// the data-source members and the statement members over that table. A class
+// derives from it, hands it its table of variants (variants.hpp) and adds its own
+// members; registration.hpp publishes the members in the class's interface order.
+//
+// Failures pass to the caller unchanged. What a member did before the failure
+// stands (an IniciaRs that fails after replacing the recordset leaves the new,
+// never-opened one in place).
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/variants.hpp"
+#include "platform/host_objects.hpp"
+#include "platform/object.hpp"
+#include "platform/variant.hpp"
+
+namespace hist::ado {
+class Connection;
+class Recordset;
+}  // namespace hist::ado
+
+namespace hist::frame {
+
+using ConnPtr = std::shared_ptr<ado::Connection>;
+using RsPtr = std::shared_ptr<ado::Recordset>;
+
+// The iBase of nearly every data operation.
+inline constexpr int kBase = 4;
+
+class MoveRelay;
+
+class RecordClass : public Object {
+public:
+    explicit RecordClass(const ClassVariants& variants);
+    ~RecordClass() override;
+    RecordClass(const RecordClass&) = delete;
+    RecordClass& operator=(const RecordClass&) = delete;
+
+    std::string_view typeName() const override { return v_.className; }
+    const ClassVariants& variants() const noexcept { return v_; }
+
+    // ---- connection and report data ----
+    std::string sClassName() const;
+    ConnPtr GetConnection();
+    void GetConnectionStrToRpt(std::string& sDbtype, std::string& sDataSource, std::string& sCatalog,
+                               std::string& sUser, std::string& sPasw);
+    std::string GetConnectionStr();
+    std::string GetRptPath(std::string& sRptPath);
+
+    // ---- opening ----
+    void IniciaRs(ConnPtr& cnnActive, std::string& sSelecSql, Variant& id, DateValue& dtFecha);
+    void Requery(std::string& sSelecSql);
+
+    // ---- position and editing ----
+    bool EditingRecord();
+    int32_t AbsolutePosition();
+    void AddNew(bool& bDefVal);
+    void Delete();
+    void MoveToBookmark(Variant& mybookmark);
+    void Update();
+    void Cancel();
+    void MoveFirst();
+    void MoveLast();
+    void MoveNext();
+    void MovePrevious();
+    bool ExistenRegistros();
+    void FindRecord(const std::string& Criteria);
+
+    // ---- transactions on cnnPrimary ----
+    void CnnBeginTrans();
+    void CnnCommitTrans();
+    void CnnRollbackTrans();
+
+    // ---- statement members (configured by the variants) ----
+    // NuevoCodigo: WithinCode takes vCod; WholeTable ignores it.
+    Variant NuevoCodigo(const Variant& vCod, ConnPtr& objCn);
+    // DeleteAll: NumberAndDate uses dtFecha; NumberOneBlank ignores it.
+    void DeleteAll(const Variant& vId, const DateValue& dtFecha, ConnPtr& cnnActive);
+    void ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
+                        ConnPtr& cnnActive);
+    void UpdateId(Variant& vId, DateValue& dFecha);
+
+    // ---- members whose tools are not in the library yet: error 5 ----
+    bool SeguridadPermiso(std::string& sId);
+    int32_t ValidaDefinedSize(Variant& Text);
+    bool ValidaKey(Variant& Text, int16_t KeyAscii);
+    bool ValidaValue(Variant& Text);
+    std::string GetFilter(const std::string& sLlave);
+    void AplyFilter(const std::string& Criteria);
+    std::string CreateFilter(Variant& ctl, std::string& iType);
+    void SetFilter(std::string& Criteria, std::string& sLlave);
+    void SetOrder(int16_t& Index, std::string& Mode, std::string& sLlave);
+    void GetOrder(int16_t& Index, std::string& Mode, const std::string& sLlave);
+    std::string GetHtmlFile();
+    void ToHtmlGrid(Variant& clColfields, bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+    void ToHtml(bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+    void ToTxt(bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+
+    // ---- data source ----
+    // Hands back adoPrimaryRS when DataMember is exactly "Primary"; swallows failures.
+    void Class_GetDataMember(const std::string& DataMember, Variant& Data);
+    std::shared_ptr<DataMembers> dataMembers() const { return dataMembers_; }
+    void DataMemberChanged(const std::string& name) { dataMembers_->changed(name); }
+
+    // ---- the class event MoveComplete, for C++ hosts ----
+    using MoveCompleteHandler = std::function<void()>;
+    int subscribeMoveComplete(MoveCompleteHandler h);
+    void unsubscribeMoveComplete(int token);
+
+    // The primary recordset and connection as they stand (null when unset).
+    const RsPtr& primaryRecordset() const noexcept { return adoPrimaryRS_; }
+    const ConnPtr& primaryConnection() const noexcept { return cnnPrimary_; }
+
+protected:
+    // ---- helpers for the class's own statement members ----
+    std::string table() const { return std::string(v_.table); }
+    // The optional-connection rule of a writing member: fill an unset argument from
+    // GetConexion(iBase, no object, 0), then run the statement on it.
+    static void execute(const std::string& sql, ConnPtr& objCn, int iBase = kBase);
+    // A reading member: a new local recordset opened on sql with the connection as
+    // it came (unset included).
+    static RsPtr open(const std::string& sql, ConnPtr& objCn, int iBase = kBase);
+    // The literal of a date in a statement: FechaSql(4, date).
+    static std::string fechaSql(const DateValue& d);
+    // The text of a variant key as it goes into a statement.
+    static std::string keyText(const Variant& v);
+    // Copies a field into a text argument unless the field is Null.
+    static void copyIfNotNull(ado::Recordset& rs, std::string_view field, std::string& target);
+    static bool bofAndEof(ado::Recordset& rs);
+    static int32_t recordCount(ado::Recordset& rs);
+
+    // The recordset that the members work on; error 91 while unset.
+    ado::Recordset& rs();
+
+private:
+    std::string selectionDate(const DateValue& d) const;
+    void restoreSavedOrder(const std::string& key);
+    void attachEvents();
+    void detachEvents();
+    void ensureConnection();
+    Variant addNewKey();
+    void raiseMoveComplete();
+    friend class MoveRelay;
+
+    const ClassVariants& v_;
+    RsPtr adoPrimaryRS_;
+    ConnPtr cnnPrimary_;
+    std::shared_ptr<DataMembers> dataMembers_;
+    std::shared_ptr<MoveRelay> relay_;
+    std::vector<std::pair<int, MoveCompleteHandler>> moveHandlers_;
+    int nextHandler_ = 0;
+};
+
+// The error a member whose tools are not in the library yet raises: number 5,
+// source the class's name.
+[[noreturn]] void notAvailableYet(std::string_view className, std::string_view member);
+
+}  // namespace hist::frame

@@ -1,0 +1,56 @@
+#pragma once
+// Publishing a record class for dispatch. The class gives its interface list (the
+// names of its public members in interface order) and defines its own members; the
+// frame supplies every other name on the list from the shared members, shaped by the
+// class's variants (which arguments IniciaRs, NuevoCodigo, DeleteAll take). The
+// data-source members (Class_GetDataMember, DataMembers, DataMemberChanged) are
+// added after the list, callable and unlisted.
+//
+// A name on the list that is neither the class's own nor a frame member, or an own
+// member missing from the list, is a programming error (std::logic_error at
+// registration), so a class offers exactly its interface.
+#include <functional>
+#include <initializer_list>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "frame/record.hpp"
+#include "platform/dispatch.hpp"
+
+namespace hist::frame {
+
+using InterfaceList = std::span<const std::string_view>;
+
+// Adds the frame member `name` to a class, shaped by its variants; false when the
+// frame has no member of that name.
+bool addFrameMember(ClassInfo& info, std::string_view name, const ClassVariants& v);
+// Adds the data-source members, unlisted.
+void addDataSourceMembers(ClassInfo& info);
+// Checks that every own member appears on the list.
+void checkOwnMembersListed(const ClassInfo& own, InterfaceList order);
+
+template <class T>
+ClassInfo& defineRecordClass(Registry& r, const ClassVariants& v, InterfaceList order,
+                             const std::function<void(ClassBuilder<T>&)>& ownMembers = {}) {
+    static_assert(std::is_base_of_v<RecordClass, T>, "a record class derives from RecordClass");
+    ClassInfo own(std::string(v.className), {});
+    ClassBuilder<T> ownBuilder(own);
+    if (ownMembers) ownMembers(ownBuilder);
+    checkOwnMembersListed(own, order);
+
+    ClassInfo& info = r.define<T>(std::string(v.className)).info();
+    for (std::string_view name : order) {
+        if (const Member* m = own.find(name)) {
+            info.add(*m);
+        } else if (!addFrameMember(info, name, v)) {
+            throw std::logic_error(std::string(v.className) + ": no member " + std::string(name) +
+                                   " in the class or the frame");
+        }
+    }
+    addDataSourceMembers(info);
+    return info;
+}
+
+}  // namespace hist::frame

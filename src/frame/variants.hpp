@@ -1,0 +1,102 @@
+#pragma once
+// The table of variants a record class declares next to its constants. The frame
+// (record.hpp) reads it to decide, member by member, which of the known forms the
+// class follows; a class file holds this table, its SQL text and its own members,
+// and nothing of the shared behaviour.
+//
+// Each enumeration lists only the forms some class in the library uses; a new form
+// is added together with the class that needs it.
+#include <cstdint>
+#include <string_view>
+
+namespace hist::frame {
+
+// How IniciaRs treats the caller's connection and orders its steps.
+enum class OpenForm : uint8_t {
+    // New recordset, SELECT, DataMembers.Clear, connection, open. The caller's
+    // connection is used if set; if unset one is asked for and written back into
+    // the caller's argument.
+    A,
+    // New recordset, SELECT, connection, open, DataMembers.Clear. The caller's
+    // connection is accepted and ignored: a fresh one, kept in a local, is used.
+    B,
+};
+
+// How a date goes into the key clause of IniciaRs.
+enum class SelectionDate : uint8_t {
+    FechaSql,       // FechaSql(4, date) unconditionally
+    ServerBranch,   // bFechaServidor(4) chooses FechaSql(4, date) or FechaSqlLocal(date)
+};
+
+// What Update does. All: UpdateBatch over every pending row, rows or none.
+enum class UpdateForm : uint8_t { All };
+
+// What Delete does. Batch: Delete the current row, then UpdateBatch over all rows.
+enum class DeleteForm : uint8_t { Batch };
+
+// Which field FindRecord searches. Second: the field at position 1.
+enum class FindField : uint8_t { Second };
+
+// Whether the class relays its recordset's MoveComplete as its own event.
+enum class EventForm : uint8_t { Event };
+
+// The form of the DELETE statement of DeleteAll.
+enum class DeleteAllForm : uint8_t {
+    // "DELETE  FROM <table>  WHERE (<key> = <vId> AND <date column> = <date> )"
+    NumberAndDate,
+    // "DELETE  FROM <table> WHERE (<key> = <vId>)"
+    NumberOneBlank,
+};
+
+// What NuevoCodigo takes and how it scopes the maximum.
+enum class NuevoCodigoForm : uint8_t {
+    WithinCode,  // argument vCod; suffix " Where Codigo = <vCod>"
+    WholeTable,  // no argument; no suffix
+};
+
+// How UpdateId numbers the rows. Counter: every row, parent field := vId,
+// "ID" := a 16-bit counter from 1, "Fecha" := dFecha, then MoveFirst.
+enum class UpdateIdForm : uint8_t { Counter };
+
+// The default AddNew writes into the key field "ID".
+enum class AddNewKey : uint8_t {
+    RecordCount,             // RecordCount (a temporary row number)
+    NuevoCodigoPlusCount,    // NuevoCodigo(GetConnection) + RecordCount
+};
+
+struct ClassVariants {
+    std::string_view className;  // the class's registered name
+    std::string_view table;      // what sClassName returns
+
+    // IniciaRs
+    std::string_view selectSql;  // the default SELECT, without a WHERE clause
+    // "seleccion" adds " Where (<selectionKey> = <id> AND Fecha = <date> )";
+    // "ninguno" adds noneClause.
+    std::string_view selectionKey;
+    std::string_view noneClause;
+    OpenForm open;
+    SelectionDate selectionDate;
+    bool orderOnIniciaRs;        // restore the saved order at the end of IniciaRs
+    bool orderOnRequery;         // ... and of Requery
+    std::string_view requeryDefaultKey;  // written into an empty sSelecSql by Requery
+
+    // Editing
+    UpdateForm update;
+    DeleteForm del;
+    FindField find;
+    EventForm events;
+    AddNewKey addNewKey;
+
+    // Statements
+    NuevoCodigoForm nuevoCodigo;
+    std::string_view nuevoCodigoColumn;  // MAX(<column>)
+    bool nuevoCodigoCloses;              // close the recordset after reading the maximum
+    DeleteAllForm deleteAll;
+    std::string_view deleteAllKey;       // the key column of DeleteAll
+    std::string_view deleteAllDateColumn;// its date column (NumberAndDate only)
+    std::string_view convertirSerieKey;  // the key column of ConvertirSerie
+    UpdateIdForm updateId;
+    std::string_view updateIdParent;     // the parent field UpdateId writes
+};
+
+}  // namespace hist::frame
