@@ -11,7 +11,7 @@ namespace hist {
 
 // ---------------------------------------------------------------- application
 
-DefaultApplication::DefaultApplication() : company_("Vandrel"), product_("Historicos") {
+DefaultApplication::DefaultApplication() : company_("Laboratorio"), product_("Historicos") {
     std::error_code ec;
     auto cwd = std::filesystem::current_path(ec);
     setPath(ec ? std::string(".") : cwd.string());

@@ -42,7 +42,7 @@ public:
 
 class DefaultApplication : public Application {
 public:
-    DefaultApplication();  // "Vandrel", "Historicos", 1.0, the working directory at start
+    DefaultApplication();  // "Laboratorio", "Historicos", 1.0, the working directory at start
     std::string CompanyName() const override { return company_; }
     std::string ProductName() const override { return product_; }
     int16_t Major() const override { return major_; }

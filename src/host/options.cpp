@@ -1,0 +1,96 @@
+#include "host/options.hpp"
+
+#include <filesystem>
+
+#include "frame/services/config.hpp"
+#include "platform/clock.hpp"
+#include "platform/error.hpp"
+#include "platform/host_objects.hpp"
+#include "platform/regional.hpp"
+#include "platform/runtime.hpp"
+
+namespace hist::host {
+
+namespace {
+[[noreturn]] void bad(const std::string& what) { raise(err::InvalidCall, err::SrcHost, what); }
+}  // namespace
+
+HostOptions parseHostOptions(const std::vector<std::string>& args) {
+    HostOptions o;
+    struct Opt {
+        const char* name;
+        std::optional<std::string> HostOptions::*field;
+    };
+    static const Opt valued[] = {
+        {"--db", &HostOptions::db},         {"--config", &HostOptions::config},
+        {"--locale", &HostOptions::locale}, {"--now", &HostOptions::now},
+        {"--user", &HostOptions::user},     {"--app-path", &HostOptions::appPath},
+        {"--work-dir", &HostOptions::workDir}, {"--settings-dir", &HostOptions::settingsDir},
+    };
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        if (a == "--trace") {
+            o.trace = true;
+            continue;
+        }
+        const auto eq = a.find('=');
+        const std::string name = a.substr(0, eq);
+        const Opt* found = nullptr;
+        for (const auto& v : valued)
+            if (name == v.name) found = &v;
+        if (!found) bad("unknown option \"" + a + "\"");
+        if (eq != std::string::npos) {
+            o.*(found->field) = a.substr(eq + 1);
+        } else {
+            if (i + 1 >= args.size()) bad("option " + name + " needs a value");
+            o.*(found->field) = args[++i];
+        }
+    }
+    return o;
+}
+
+void applyHostOptions(const HostOptions& o) {
+    // The configuration, with the options over it.
+    services::Config cfg = services::Config::load(o.config);
+    services::Config::Overrides ov;
+    ov.db = o.db;
+    ov.locale = o.locale;
+    ov.appPath = o.appPath;
+    ov.workDir = o.workDir;
+    ov.settingsDir = o.settingsDir;
+    cfg.apply(ov);
+
+    Regional::setCurrent(Regional::byName(cfg.regional));
+
+    if (o.now) {
+        auto serial = rt::parseIso(*o.now);
+        if (!serial) bad("--now takes a date and time as 2026-11-22T10:30:00 (found \"" + *o.now + "\")");
+        Clock::set(*serial);
+    }
+    if (o.user) CurrentUser::set(*o.user);
+
+    auto app = std::make_shared<DefaultApplication>();
+    app->setCompanyName(cfg.app.companyName);
+    app->setProductName(cfg.app.productName);
+    app->setMajor(cfg.app.major);
+    app->setMinor(cfg.app.minor);
+    app->setPath(cfg.appPath());
+    setApplication(app);
+
+    HostEnvironment& env = hostEnvironment();
+    env.dbPath = cfg.archivePath();
+    env.configFile = cfg.sourceFile;
+    env.workDir = cfg.resolvedWorkDir();
+    env.settingsDir = cfg.resolvedSettingsDir();
+    env.trace = o.trace;
+
+    for (const std::string& dir : {app->Path(), env.workDir}) {
+        std::error_code ec;
+        std::filesystem::create_directories(dir, ec);
+        if (ec) bad("cannot create the folder " + dir + ": " + ec.message());
+    }
+
+    services::Configuration::install(std::move(cfg));
+}
+
+}  // namespace hist::host

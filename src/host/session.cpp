@@ -1,0 +1,170 @@
+#include "host/session.hpp"
+
+#include <exception>
+#include <istream>
+#include <ostream>
+
+#include "platform/dispatch.hpp"
+#include "platform/error.hpp"
+#include "platform/host_objects.hpp"
+
+namespace hist::host {
+
+namespace {
+constexpr long InternalError = 51;
+
+std::string dump(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+const std::string& textField(const Json& req, const char* key) {
+    const auto& v = req.at(key);
+    if (!v.is_string()) malformed(std::string("\"") + key + "\" takes a text");
+    return v.get_ref<const std::string&>();
+}
+
+Json eventsJson() {
+    Json ev = Json::object();
+    for (const auto& [name, n] : Events::counts())
+        if (n != 0) ev[name] = n;
+    return ev;
+}
+}  // namespace
+
+Json errorJson(long number, const std::string& source, const std::string& description) {
+    Json e = Json::object();
+    e["number"] = number;
+    e["source"] = source;
+    e["description"] = description;
+    return e;
+}
+
+Session::Session() = default;
+Session::~Session() = default;
+
+std::optional<std::string> Session::handle(std::string_view line) {
+    if (line.find_first_not_of(" \t\r\n") == std::string_view::npos) return std::nullopt;
+    Json answer = Json::object();
+    answer["id"] = nullptr;
+    answer["ok"] = false;
+    Json req;
+    try {
+        req = Json::parse(line);
+    } catch (const Json::parse_error& e) {
+        answer["error"] = errorJson(err::InvalidCall, err::SrcHost,
+                                    std::string("Malformed request: not valid JSON (") + e.what() + ")");
+        return dump(answer);
+    }
+    if (!req.is_object()) {
+        answer["error"] = errorJson(err::InvalidCall, err::SrcHost, "Malformed request: a request is a JSON object");
+        return dump(answer);
+    }
+    if (auto id = req.find("id"); id != req.end()) answer["id"] = *id;
+    try {
+        dispatch(req, answer);
+        answer["ok"] = true;
+    } catch (const Error& e) {
+        answer["error"] = errorJson(e.number(), e.source(), e.description());
+    } catch (const std::exception& e) {
+        answer["error"] = errorJson(InternalError, err::SrcHost, std::string("Internal error: ") + e.what());
+    }
+    return dump(answer);
+}
+
+void Session::run(std::istream& in, std::ostream& out) {
+    std::string line;
+    while (std::getline(in, line)) {
+        if (auto answer = handle(line)) out << *answer << '\n' << std::flush;
+    }
+}
+
+Json Session::dispatch(const Json& req, Json& answer) {
+    static constexpr const char* ops[] = {"new", "call", "release", "members", "exec", "query"};
+    const char* op = nullptr;
+    for (const char* o : ops)
+        if (req.contains(o)) {
+            if (op) malformed(std::string("one request names one operation; found \"") + op + "\" and \"" + o + "\"");
+            op = o;
+        }
+    if (!op) malformed("no operation (new, call, release, members, exec or query)");
+    const std::string_view which = op;
+    if (which == "new") doNew(req, answer);
+    else if (which == "call") doCall(req, answer);
+    else if (which == "release") doRelease(req, answer);
+    else if (which == "members") doMembers(req, answer);
+    else doUnavailable(req, answer, op);
+    return answer;
+}
+
+void Session::doNew(const Json& req, Json& answer) {
+    const std::string& cls = textField(req, "new");
+    ObjectPtr obj = Registry::global().create(cls);
+    if (req.contains("as")) {
+        names_.bind(textField(req, "as"), obj);
+    } else {
+        answer["result"] = Json{{"ref", names_.nameOf(obj)}};
+    }
+}
+
+void Session::doCall(const Json& req, Json& answer) {
+    const std::string& target = textField(req, "call");
+    const auto dot = target.find('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == target.size() ||
+        target.find('.', dot + 1) != std::string::npos)
+        malformed("\"call\" names one object and one member, as \"o.Member\"");
+    const std::string name = target.substr(0, dot);
+    const std::string member = target.substr(dot + 1);
+    ObjectPtr obj = names_.find(name);
+    if (!obj) raise(err::ObjectRequired, err::SrcHost, "Object required: no object is named \"" + name + "\"");
+
+    Args args;
+    if (auto a = req.find("args"); a != req.end()) {
+        if (!a->is_array()) malformed("\"args\" is a list of values");
+        for (const auto& v : *a) args.push_back(decodeValue(v, names_));
+    }
+    const bool isSet = req.contains("set");
+    Variant value;
+    if (isSet) value = decodeValue(req.at("set"), names_);
+
+    log_.begin();
+    Events::resetCounts();
+    const Member* m = findMember(*obj, member);
+    Variant result;
+    std::exception_ptr failure;
+    try {
+        if (isSet) let(obj, member, args, value);
+        else result = call(obj, member, args);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!isSet && !failure && m && (m->returnsValue || args.size() > m->params.size()))
+        answer["result"] = encodeValue(result, names_);
+    if (!isSet) {
+        Json out = Json::array();
+        for (const auto& v : args) out.push_back(encodeValue(v, names_));
+        answer["args"] = out;
+    }
+    answer["sql"] = log_.toJson(names_);
+    answer["events"] = eventsJson();
+    if (failure) std::rethrow_exception(failure);
+}
+
+void Session::doRelease(const Json& req, Json&) {
+    const std::string& name = textField(req, "release");
+    if (!names_.release(name))
+        raise(err::ObjectRequired, err::SrcHost, "Object required: no object is named \"" + name + "\"");
+}
+
+void Session::doMembers(const Json& req, Json& answer) {
+    const std::string& cls = textField(req, "members");
+    const ClassInfo* ci = Registry::global().find(cls);
+    if (!ci) raise(err::CannotCreateObject, err::SrcHost, "Unknown class \"" + cls + "\"");
+    answer["members"] = ci->listedNames();
+}
+
+void Session::doUnavailable(const Json& req, Json& answer, const char* op) {
+    textField(req, op);
+    answer["sql"] = Json::array();
+    raise(err::NotCapable, err::SrcHost,
+          std::string("\"") + op + "\" is not available: this build has no data service to run statements");
+}
+
+}  // namespace hist::host

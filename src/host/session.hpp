@@ -1,0 +1,45 @@
+#pragma once
+// One session of the JSON host protocol: each request line gets one answer line.
+// A line that cannot be read is answered with "ok": false; nothing a request holds
+// ends the session.
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/statement_log.hpp"
+#include "host/values.hpp"
+
+namespace hist::host {
+
+class Session {
+public:
+    Session();
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    // The answer to one request line (without its line end); nothing for a blank line.
+    std::optional<std::string> handle(std::string_view line);
+    // Answers every line of `in` on `out`, flushing after each, until end of input.
+    void run(std::istream& in, std::ostream& out);
+
+    ObjectNames& names() { return names_; }
+    StatementLog& statements() { return log_; }
+
+private:
+    Json dispatch(const Json& req, Json& answer);
+    void doNew(const Json& req, Json& answer);
+    void doCall(const Json& req, Json& answer);
+    void doRelease(const Json& req, Json& answer);
+    void doMembers(const Json& req, Json& answer);
+    void doUnavailable(const Json& req, Json& answer, const char* op);
+
+    ObjectNames names_;
+    StatementLog log_;
+};
+
+// The answer's error object for a hist::Error.
+Json errorJson(long number, const std::string& source, const std::string& description);
+
+}  // namespace hist::host
