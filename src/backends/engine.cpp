@@ -1,0 +1,14 @@
+#include "backends/engine.hpp"
+
+#include "backends/sqlite/session.hpp"
+#include "platform/error.hpp"
+#include "sql/catalog.hpp"
+
+namespace hist::backend {
+
+std::unique_ptr<Session> openSession(const DataSource& ds) {
+    if (ds.kind.empty() || sql::sameName(ds.kind, "sqlite")) return sqlite::open(ds);
+    throw Error(3706, err::SrcConnection, "Provider cannot be found. It may not be properly installed.");
+}
+
+}  // namespace hist::backend

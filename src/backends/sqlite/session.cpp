@@ -1,0 +1,507 @@
+#include "backends/sqlite/session.hpp"
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "backends/sqlite/functions.hpp"
+#include "platform/error.hpp"
+#include "platform/runtime.hpp"
+#include "sql/catalog.hpp"
+#include "sql/selection.hpp"
+
+namespace hist::backend::sqlite {
+
+namespace {
+
+// "No value given for one or more required parameters": a name the engine does not know.
+constexpr long kSqlNoValue = -2147217904;
+constexpr long kSqlFailed = -2147467259;
+
+const char* const kInvalidStatement =
+    "Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
+
+// Functions a guarded statement may call: the engine's pure scalar and aggregate
+// functions and our own. Anything else (load_extension, ...) is refused.
+bool allowedFunction(const char* name) {
+    static const char* const ok[] = {
+        "like",     "jet_currency", "max",     "min",      "sum",        "count",  "avg",      "total",
+        "abs",      "round",        "coalesce", "ifnull",  "nullif",     "iif",    "length",   "lower",
+        "upper",    "substr",       "substring", "trim",   "ltrim",      "rtrim",  "replace",  "instr",
+        "date",     "time",         "datetime", "julianday", "strftime", "typeof", "cast",     "floor",
+        "ceil",     "ceiling",      "trunc",    "sign",    "group_concat", "printf", "char",   "unicode",
+        "hex",      "quote",        "glob",     "min",     "max",        "random"};
+    for (const char* f : ok)
+        if (sqlite3_stricmp(f, name) == 0) return true;
+    return false;
+}
+
+const char* actionName(int action) {
+    switch (action) {
+        case SQLITE_CREATE_INDEX: case SQLITE_CREATE_TABLE: case SQLITE_CREATE_TEMP_INDEX:
+        case SQLITE_CREATE_TEMP_TABLE: case SQLITE_CREATE_TEMP_TRIGGER: case SQLITE_CREATE_TEMP_VIEW:
+        case SQLITE_CREATE_TRIGGER: case SQLITE_CREATE_VIEW: case SQLITE_CREATE_VTABLE:
+        case SQLITE_DROP_INDEX: case SQLITE_DROP_TABLE: case SQLITE_DROP_TEMP_INDEX:
+        case SQLITE_DROP_TEMP_TABLE: case SQLITE_DROP_TEMP_TRIGGER: case SQLITE_DROP_TEMP_VIEW:
+        case SQLITE_DROP_TRIGGER: case SQLITE_DROP_VIEW: case SQLITE_DROP_VTABLE: case SQLITE_ALTER_TABLE:
+            return "schema changes are not allowed";
+        case SQLITE_PRAGMA: return "PRAGMA is not allowed";
+        case SQLITE_ATTACH: return "ATTACH is not allowed";
+        case SQLITE_DETACH: return "DETACH is not allowed";
+        case SQLITE_TRANSACTION: case SQLITE_SAVEPOINT:
+            return "transaction control goes through the connection, not a statement";
+        case SQLITE_ANALYZE: return "ANALYZE is not allowed";
+        case SQLITE_REINDEX: return "REINDEX is not allowed";
+        case SQLITE_RECURSIVE: return "recursive queries are not allowed";
+        default: return "the operation is not allowed";
+    }
+}
+
+std::string placeOf(std::string_view sent) {
+    auto toks = sql::tokenize(sent);
+    for (const auto& t : toks) {
+        if (t.kind == sql::Tok::Blank) continue;
+        if (t.isWord("INSERT")) return "INSERT INTO statement";
+        if (t.isWord("UPDATE")) return "UPDATE statement";
+        if (t.isWord("DELETE")) return "DELETE statement";
+        break;
+    }
+    return "query expression";
+}
+
+class SqliteSession final : public Session {
+public:
+    explicit SqliteSession(const DataSource& ds) : path_(ds.path) {
+        int rc = sqlite3_open_v2(ds.path.c_str(), &db_,
+                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+        if (rc != SQLITE_OK) {
+            std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
+            sqlite3_close(db_);
+            db_ = nullptr;
+            throw Error(kSqlFailed, err::SrcSql, "Could not open the archive '" + ds.path + "': " + msg + ".");
+        }
+        sqlite3_extended_result_codes(db_, 1);
+        sqlite3_busy_timeout(db_, ds.busyTimeoutMs);
+        sqlite3_db_config(db_, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+        sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        sqlite3_db_config(db_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        sqlite3_limit(db_, SQLITE_LIMIT_ATTACHED, 0);
+        try {
+            if (registerFunctions(db_) != SQLITE_OK) fail(SQLITE_ERROR, "");
+            internalExec("PRAGMA journal_mode=WAL");
+            internalExec("PRAGMA foreign_keys=OFF");
+            createSchema();
+        } catch (...) {
+            sqlite3_close(db_);
+            db_ = nullptr;
+            throw;
+        }
+        sqlite3_set_authorizer(db_, &SqliteSession::authorize, this);
+    }
+
+    ~SqliteSession() override {
+        if (!db_) return;
+        if (depth_ > 0) {
+            internal_ = true;
+            sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+        }
+        sqlite3_close_v2(db_);
+    }
+
+    void query(std::string_view sent, RowSink& sink) override {
+        auto shape = sql::analyzeSelection(sent);
+        std::string text(sent);
+        std::vector<const sql::Table*> hidden;
+        // Row identities: one per base table whose plain columns the selection shows.
+        Stmt probe = prepare(text, StatementKind::Read);
+        if (shape.rowPerBaseRow && shape.fromPos != std::string_view::npos) {
+            std::string extra;
+            int n = sqlite3_column_count(probe.s);
+            for (int c = 0; c < n; ++c) {
+                const char* tab = sqlite3_column_table_name(probe.s, c);
+                if (!tab) continue;
+                const sql::SelectionSource* src = shape.source(tab);
+                if (!src || src->occurrences != 1 || src->qualifier.empty()) continue;
+                bool seen = false;
+                for (auto* h : hidden) seen = seen || h == src->table;
+                if (seen) continue;
+                hidden.push_back(src->table);
+                extra += ", " + src->qualifier + ".rowid AS hist_rowid_" + std::to_string(hidden.size()) + " ";
+            }
+            if (!hidden.empty()) {
+                text.insert(shape.fromPos, extra);
+                probe = prepare(text, StatementKind::Read);
+            }
+        }
+        sqlite3_stmt* st = probe.s;
+        const int total = sqlite3_column_count(st);
+        const int shown = total - static_cast<int>(hidden.size());
+        int rc = sqlite3_step(st);
+        if (rc != SQLITE_ROW && rc != SQLITE_DONE) fail(rc, sent);
+
+        std::vector<ColumnMeta> cols(static_cast<size_t>(total));
+        const auto& cat = sql::catalog();
+        for (int c = 0; c < shown; ++c) {
+            ColumnMeta& m = cols[static_cast<size_t>(c)];
+            m.name = sqlite3_column_name(st, c);
+            const char* tab = sqlite3_column_table_name(st, c);
+            const char* origin = sqlite3_column_origin_name(st, c);
+            const sql::Column* col = nullptr;
+            if (tab && origin) {
+                if (const sql::Table* t = cat.table(tab)) col = t->column(origin);
+                if (col) {
+                    m.baseTable = col->table;
+                    m.baseColumn = col->name;
+                    for (auto* h : hidden) m.updatable = m.updatable || h->name == col->table;
+                }
+            } else if (static_cast<size_t>(shown) == shape.items.size() && !shape.hasStar) {
+                bool isCount = false;
+                col = shape.itemSourceColumn(static_cast<size_t>(c), &isCount);
+                if (isCount) {
+                    m.type = FieldType::Integer;
+                    m.precision = 10;
+                    m.definedSize = 4;
+                    continue;
+                }
+            }
+            if (col) {
+                m.type = static_cast<FieldType>(col->adoType);
+                m.precision = col->precision;
+                m.definedSize = col->definedSize;
+            } else {
+                // A computed value with no catalog column behind it: typed by what it holds.
+                int t = rc == SQLITE_ROW ? sqlite3_column_type(st, c) : SQLITE_NULL;
+                if (t == SQLITE_INTEGER) {
+                    m.type = FieldType::Integer;
+                    m.precision = 10;
+                    m.definedSize = 4;
+                } else if (t == SQLITE_FLOAT) {
+                    m.type = FieldType::Double;
+                    m.precision = 15;
+                    m.definedSize = 8;
+                } else {
+                    m.type = FieldType::VarWChar;
+                    m.precision = 255;
+                    m.definedSize = 255;
+                }
+            }
+        }
+        for (size_t h = 0; h < hidden.size(); ++h) {
+            ColumnMeta& m = cols[static_cast<size_t>(shown) + h];
+            m.name = sqlite3_column_name(st, shown + static_cast<int>(h));
+            m.baseTable = hidden[h]->name;
+            m.baseColumn = "rowid";
+            m.type = FieldType::Integer;
+            m.precision = 19;
+            m.definedSize = 8;
+            m.hiddenRowId = true;
+        }
+        sink.columns(cols);
+
+        std::vector<Cell> cells(static_cast<size_t>(total));
+        while (rc == SQLITE_ROW) {
+            for (int c = 0; c < total; ++c) {
+                Cell& cell = cells[static_cast<size_t>(c)];
+                switch (sqlite3_column_type(st, c)) {
+                    case SQLITE_INTEGER:
+                        cell.kind = Cell::Kind::Int;
+                        cell.i = sqlite3_column_int64(st, c);
+                        break;
+                    case SQLITE_FLOAT:
+                        cell.kind = Cell::Kind::Real;
+                        cell.d = sqlite3_column_double(st, c);
+                        break;
+                    case SQLITE_NULL: cell.kind = Cell::Kind::Null; break;
+                    default: {
+                        const unsigned char* p = sqlite3_column_text(st, c);
+                        cell.kind = Cell::Kind::Text;
+                        cell.text = std::string_view(reinterpret_cast<const char*>(p),
+                                                     static_cast<size_t>(sqlite3_column_bytes(st, c)));
+                    }
+                }
+            }
+            sink.row(cells);
+            rc = sqlite3_step(st);
+        }
+        if (rc != SQLITE_DONE) fail(rc, sent);
+    }
+
+    long long execute(std::string_view sent) override { return execute(sent, {}, {}); }
+
+    long long execute(std::string_view sent, std::span<const Variant> params,
+                      std::span<const FieldType> types) override {
+        Stmt st = prepare(sent, StatementKind::Write);
+        int expected = sqlite3_bind_parameter_count(st.s);
+        if (static_cast<size_t>(expected) != params.size())
+            throw Error(kSqlNoValue, err::SrcSql, "No value given for one or more required parameters.");
+        for (size_t i = 0; i < params.size(); ++i)
+            bind(st.s, static_cast<int>(i) + 1, params[i], i < types.size() ? types[i] : FieldType::Empty);
+        int rc;
+        while ((rc = sqlite3_step(st.s)) == SQLITE_ROW) {
+        }
+        if (rc != SQLITE_DONE) fail(rc, sent);
+        return sqlite3_changes64(db_);
+    }
+
+    long long lastInsertRowId() override { return sqlite3_last_insert_rowid(db_); }
+
+    int begin() override {
+        if (depth_ == 0) {
+            transactionExec("BEGIN IMMEDIATE");
+        } else {
+            transactionExec(("SAVEPOINT hist_sp_" + std::to_string(depth_ + 1)).c_str());
+        }
+        return ++depth_;
+    }
+
+    void commit() override {
+        requireTransaction();
+        if (depth_ == 1) {
+            transactionExec("COMMIT");
+        } else {
+            transactionExec(("RELEASE hist_sp_" + std::to_string(depth_)).c_str());
+        }
+        --depth_;
+    }
+
+    void rollback() override {
+        requireTransaction();
+        if (depth_ == 1) {
+            transactionExec("ROLLBACK");
+        } else {
+            std::string sp = "hist_sp_" + std::to_string(depth_);
+            transactionExec(("ROLLBACK TO " + sp).c_str());
+            transactionExec(("RELEASE " + sp).c_str());
+        }
+        --depth_;
+    }
+
+    int depth() const override { return depth_; }
+
+private:
+    struct Stmt {
+        sqlite3_stmt* s = nullptr;
+        Stmt() = default;
+        explicit Stmt(sqlite3_stmt* x) : s(x) {}
+        Stmt(Stmt&& o) noexcept : s(o.s) { o.s = nullptr; }
+        Stmt& operator=(Stmt&& o) noexcept {
+            if (this != &o) {
+                sqlite3_finalize(s);
+                s = o.s;
+                o.s = nullptr;
+            }
+            return *this;
+        }
+        ~Stmt() { sqlite3_finalize(s); }
+    };
+
+    // Prepares one guarded statement of the expected kind.
+    Stmt prepare(std::string_view sent, StatementKind kind) {
+        kind_ = kind;
+        internal_ = false;
+        denial_.clear();
+        sqlite3_stmt* raw = nullptr;
+        const char* tail = nullptr;
+        int rc = sqlite3_prepare_v2(db_, sent.data(), static_cast<int>(sent.size()), &raw, &tail);
+        Stmt st(raw);
+        if (rc != SQLITE_OK) fail(rc, sent);
+        if (!raw) throw Error(err::SqlSyntax, err::SrcSql, kInvalidStatement);
+        for (const char* p = tail; p && p < sent.data() + sent.size(); ++p) {
+            if (*p == ' ' || *p == '\t' || *p == '\r' || *p == '\n' || *p == ';') continue;
+            throw Error(err::SqlPermission, err::SrcSql, "Permission denied: only one statement is allowed per call.");
+        }
+        bool readonly = sqlite3_stmt_readonly(raw) != 0;
+        if (kind == StatementKind::Read && !readonly)
+            throw Error(err::SqlPermission, err::SrcSql, "Permission denied: a reading call may not change the archive.");
+        if (kind == StatementKind::Write && readonly)
+            throw Error(err::SqlPermission, err::SrcSql,
+                        "Permission denied: a writing call expects INSERT, UPDATE or DELETE.");
+        return st;
+    }
+
+    static int authorize(void* self, int action, const char* a, const char* b, const char* dbName, const char*) {
+        auto* s = static_cast<SqliteSession*>(self);
+        if (s->internal_) return SQLITE_OK;
+        auto inCatalog = [&](const char* table) {
+            return table && (!dbName || std::strcmp(dbName, "main") == 0) && sql::catalog().table(table) != nullptr;
+        };
+        auto deny = [&](std::string why) {
+            if (s->denial_.empty()) s->denial_ = std::move(why);
+            return SQLITE_DENY;
+        };
+        switch (action) {
+            case SQLITE_SELECT: return SQLITE_OK;
+            case SQLITE_READ:
+                if (inCatalog(a)) return SQLITE_OK;
+                return deny(std::string("the table '") + (a ? a : "") + "' is outside the archive catalog");
+            case SQLITE_INSERT:
+            case SQLITE_UPDATE:
+            case SQLITE_DELETE:
+                if (s->kind_ == StatementKind::Read) return deny("a reading call may not change the archive");
+                if (inCatalog(a)) return SQLITE_OK;
+                return deny(std::string("the table '") + (a ? a : "") + "' is outside the archive catalog");
+            case SQLITE_FUNCTION:
+                if (b && allowedFunction(b)) return SQLITE_OK;
+                return deny(std::string("the function '") + (b ? b : "") + "' is not allowed");
+            default: return deny(actionName(action));
+        }
+    }
+
+    [[noreturn]] void fail(int rc, std::string_view sent) {
+        std::string msg = sqlite3_errmsg(db_);
+        int primary = rc & 0xff;
+        if (primary == SQLITE_AUTH)
+            throw Error(err::SqlPermission, err::SrcSql,
+                        "Permission denied: " + (denial_.empty() ? msg : denial_) + ".");
+        if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
+            throw Error(err::SqlLocked, err::SrcSql, "Could not update; currently locked.");
+        if (msg.starts_with("no such table: ")) {
+            std::string name = msg.substr(15);
+            if (name.starts_with("main.")) name = name.substr(5);
+            throw Error(err::SqlNoTable, err::SrcSql, "Cannot find the input table or query '" + name + "'.");
+        }
+        if (msg.starts_with("no such column: "))
+            throw Error(kSqlNoValue, err::SrcSql,
+                        "No value given for one or more required parameters (unknown field '" + msg.substr(16) + "').");
+        if (msg.find("values for") != std::string::npos || msg.find("values were supplied") != std::string::npos)
+            throw Error(err::SqlSyntax, err::SrcSql, "Number of query values and destination fields are not the same.");
+        if (rc == SQLITE_CONSTRAINT_UNIQUE || rc == SQLITE_CONSTRAINT_PRIMARYKEY)
+            throw Error(kSqlFailed, err::SrcSql,
+                        "The changes you requested to the table were not successful because they would create "
+                        "duplicate values in the index, primary key, or relationship.");
+        if (rc == SQLITE_CONSTRAINT_NOTNULL)
+            throw Error(kSqlFailed, err::SrcSql, "Field cannot contain a Null value (" + msg + ").");
+        if (primary == SQLITE_MISMATCH || msg.find("Data type mismatch") != std::string::npos)
+            throw Error(err::SqlTypeMismatch, err::SrcSql, "Data type mismatch in criteria expression.");
+        if (primary == SQLITE_ERROR &&
+            (msg.find("syntax error") != std::string::npos || msg.find("incomplete input") != std::string::npos ||
+             msg.find("unrecognized token") != std::string::npos))
+            throw Error(err::SqlSyntax, err::SrcSql, "Syntax error in " + placeOf(sent) + " (" + msg + ").");
+        throw Error(kSqlFailed, err::SrcSql, msg);
+    }
+
+    void bind(sqlite3_stmt* st, int idx, const Variant& v, FieldType type) {
+        if (v.isNull() || v.isEmpty() || v.isMissing()) {
+            sqlite3_bind_null(st, idx);
+            return;
+        }
+        try {
+            switch (type) {
+                case FieldType::Date: {
+                    double serial = v.type() == VarType::String ? rt::CDate(v) : rt::CDbl(v.type() == VarType::Date ? Variant(v.asDate().serial) : v);
+                    std::string iso = rt::isoText(serial);
+                    sqlite3_bind_text(st, idx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
+                    return;
+                }
+                case FieldType::Boolean: sqlite3_bind_int(st, idx, rt::CBool(v) ? -1 : 0); return;
+                case FieldType::SmallInt:
+                case FieldType::UnsignedTinyInt: sqlite3_bind_int(st, idx, rt::CInt(v)); return;
+                case FieldType::Integer:
+                    if (v.type() == VarType::Double) {
+                        double d = v.asDouble();
+                        if (d == std::floor(d) && std::fabs(d) < 9.2e18) {
+                            sqlite3_bind_int64(st, idx, static_cast<sqlite3_int64>(d));
+                            return;
+                        }
+                    }
+                    sqlite3_bind_int64(st, idx, rt::CLng(v));
+                    return;
+                case FieldType::Single:
+                case FieldType::Double:
+                case FieldType::Currency:
+                case FieldType::Numeric: sqlite3_bind_double(st, idx, rt::CDbl(v)); return;
+                case FieldType::WChar:
+                case FieldType::VarWChar:
+                case FieldType::LongVarWChar:
+                case FieldType::LongVarBinary: {
+                    std::string s = v.isString() ? v.asString() : rt::CStr(v);
+                    sqlite3_bind_text(st, idx, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
+                    return;
+                }
+                case FieldType::Empty: break;
+            }
+            // No type given: the value's own kind.
+            switch (v.type()) {
+                case VarType::Boolean: sqlite3_bind_int(st, idx, v.asBool() ? -1 : 0); return;
+                case VarType::Integer: sqlite3_bind_int(st, idx, v.asInteger()); return;
+                case VarType::Long: sqlite3_bind_int(st, idx, v.asLong()); return;
+                case VarType::Double: sqlite3_bind_double(st, idx, v.asDouble()); return;
+                case VarType::Date: {
+                    std::string iso = rt::isoText(v.asDate().serial);
+                    sqlite3_bind_text(st, idx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
+                    return;
+                }
+                default: {
+                    std::string s = rt::CStr(v);
+                    sqlite3_bind_text(st, idx, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
+                    return;
+                }
+            }
+        } catch (const Error& e) {
+            if (e.number() == err::TypeMismatch)
+                throw Error(err::SqlTypeMismatch, err::SrcSql, "Data type mismatch in criteria expression.");
+            throw;
+        }
+    }
+
+    void internalExec(const char* sqlText) {
+        internal_ = true;
+        char* errmsg = nullptr;
+        int rc = sqlite3_exec(db_, sqlText, nullptr, nullptr, &errmsg);
+        internal_ = false;
+        sqlite3_free(errmsg);
+        if (rc != SQLITE_OK) fail(rc, sqlText);
+    }
+
+    void transactionExec(const char* sqlText) { internalExec(sqlText); }
+
+    void requireTransaction() const {
+        if (depth_ == 0) throw Error(-2147168242, err::SrcSql, "No transaction is active.");
+    }
+
+    void createSchema() {
+        const auto& cat = sql::catalog();
+        std::string ddl = cat.ddl();
+        // IF NOT EXISTS, so an archive made before a table joined the catalog gains it.
+        std::string guarded;
+        guarded.reserve(ddl.size() + 1024);
+        size_t pos = 0;
+        while (pos < ddl.size()) {
+            size_t ct = ddl.find("CREATE TABLE ", pos), ci = ddl.find("CREATE INDEX ", pos);
+            size_t next = std::min(ct, ci);
+            if (next == std::string::npos) {
+                guarded.append(ddl, pos, std::string::npos);
+                break;
+            }
+            guarded.append(ddl, pos, next - pos);
+            guarded += next == ct ? "CREATE TABLE IF NOT EXISTS " : "CREATE INDEX IF NOT EXISTS ";
+            pos = next + 13;
+        }
+        internalExec("BEGIN IMMEDIATE");
+        try {
+            internalExec(guarded.c_str());
+            internalExec("COMMIT");
+        } catch (...) {
+            internal_ = true;
+            sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+            internal_ = false;
+            throw;
+        }
+    }
+
+    sqlite3* db_ = nullptr;
+    std::string path_;
+    int depth_ = 0;
+    bool internal_ = true;
+    StatementKind kind_ = StatementKind::Read;
+    std::string denial_;
+};
+
+}  // namespace
+
+std::unique_ptr<Session> open(const DataSource& ds) { return std::make_unique<SqliteSession>(ds); }
+
+}  // namespace hist::backend::sqlite

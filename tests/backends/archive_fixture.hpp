@@ -1,0 +1,77 @@
+#pragma once
+// A fresh archive file per test, and a row sink that keeps what it is given.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "backends/engine.hpp"
+
+namespace hist::testing {
+
+class TempArchive {
+public:
+    TempArchive() {
+        std::string tmpl = (std::filesystem::temp_directory_path() / "histarch-XXXXXX").string();
+        dir_ = mkdtemp(tmpl.data());
+        path_ = (std::filesystem::path(dir_) / "archivo.db").string();
+    }
+    ~TempArchive() {
+        std::error_code ec;
+        std::filesystem::remove_all(dir_, ec);
+    }
+    const std::string& path() const { return path_; }
+    backend::DataSource source(int busyMs = 2000) const {
+        backend::DataSource ds;
+        ds.path = path_;
+        ds.busyTimeoutMs = busyMs;
+        return ds;
+    }
+
+private:
+    std::string dir_, path_;
+};
+
+// Cells as text ("NULL" for a null, integers and reals in C form), hidden columns included.
+struct CollectSink : backend::RowSink {
+    std::vector<backend::ColumnMeta> cols;
+    std::vector<std::vector<std::string>> rows;
+    std::vector<std::vector<backend::Cell::Kind>> kinds;
+    void columns(const std::vector<backend::ColumnMeta>& c) override { cols = c; }
+    void row(std::span<const backend::Cell> cells) override {
+        std::vector<std::string> r;
+        std::vector<backend::Cell::Kind> k;
+        for (const auto& c : cells) {
+            k.push_back(c.kind);
+            switch (c.kind) {
+                case backend::Cell::Kind::Null: r.push_back("NULL"); break;
+                case backend::Cell::Kind::Int: r.push_back(std::to_string(c.i)); break;
+                case backend::Cell::Kind::Real: {
+                    char buf[40];
+                    std::snprintf(buf, sizeof buf, "%.15g", c.d);
+                    r.push_back(buf);
+                    break;
+                }
+                case backend::Cell::Kind::Text: r.emplace_back(c.text); break;
+            }
+        }
+        rows.push_back(std::move(r));
+        kinds.push_back(std::move(k));
+    }
+    // The shown (not hidden) column index by name, or -1.
+    int col(const std::string& name) const {
+        for (size_t i = 0; i < cols.size(); ++i)
+            if (cols[i].name == name) return static_cast<int>(i);
+        return -1;
+    }
+};
+
+inline CollectSink run(backend::Session& s, std::string_view sql) {
+    CollectSink sink;
+    s.query(sql, sink);
+    return sink;
+}
+
+}  // namespace hist::testing

@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "platform/error.hpp"
+#include "sql/catalog.hpp"
+
+namespace hist::sql {
+namespace {
+
+TEST(CatalogData, EmbeddedTextMatchesTheDataFile) {
+    std::ifstream in(std::string(HISTORICOS_SOURCE_DIR) + "/data/catalog.tsv", std::ios::binary);
+    ASSERT_TRUE(in) << "data/catalog.tsv";
+    std::stringstream ss;
+    ss << in.rdbuf();
+    EXPECT_EQ(ss.str(), catalogTsv()) << "run data/embed_catalog.py after editing data/catalog.tsv";
+}
+
+TEST(Catalog, TablesColumnsAndMetadata) {
+    const Catalog& cat = catalog();
+    EXPECT_EQ(cat.tables().size(), 33u);
+    size_t columns = 0;
+    for (const auto& t : cat.tables()) columns += t.columns.size();
+    EXPECT_EQ(columns, 615u);
+
+    struct Case {
+        const char* table;
+        const char* column;
+        const char* declared;  // spelling in the catalog
+        JetType jet;
+        int ado, precision;
+        long size;
+        const char* def;
+    };
+    const Case cases[] = {
+        {"hordenes_fases", "id", "ID", JetType::Long, 3, 10, 4, ""},
+        {"HOrdenes", "Estado", "Estado", JetType::Integer, 2, 5, 2, "0"},
+        {"HOrdenes", "BASE", "Base", JetType::Double, 5, 15, 8, ""},
+        {"HOrdenes_Cabecera", "FECHA", "fecha", JetType::Date, 7, 255, 8, ""},
+        {"HOrdenes_Odontograma", "p11", "P11", JetType::YesNo, 11, 255, 2, "0"},
+        {"HOrdenes_Comentarios", "Comentarios", "Comentarios", JetType::Memo, 203, 255, 536870910, ""},
+        {"Numeradores", "SerieB", "SerieB", JetType::Double, 5, 15, 8, "10000"},
+        {"HFacturas", "Serie", "Serie", JetType::Text, 202, 255, 1, ""},
+    };
+    for (const auto& c : cases) {
+        const Table* t = cat.table(c.table);
+        ASSERT_NE(t, nullptr) << c.table;
+        const Column* col = t->column(c.column);
+        ASSERT_NE(col, nullptr) << c.table << "." << c.column;
+        EXPECT_EQ(col->name, c.declared);
+        EXPECT_EQ(col->jet, c.jet) << c.column;
+        EXPECT_EQ(col->adoType, c.ado) << c.column;
+        EXPECT_EQ(col->precision, c.precision) << c.column;
+        EXPECT_EQ(col->definedSize, c.size) << c.column;
+        EXPECT_EQ(col->defaultValue, c.def) << c.column;
+    }
+    EXPECT_EQ(cat.table("NoExiste"), nullptr);
+    EXPECT_EQ(cat.table("HOrdenes")->column("NoExiste"), nullptr);
+    ASSERT_NE(cat.table("HHOrdenes_Cabecera"), nullptr);
+    ASSERT_NE(cat.table("HOrdenes_Etiquetas")->column("Numero"), nullptr);
+}
+
+TEST(Catalog, DdlDeclaresTypesCollationKeysAndIndexes) {
+    std::string ddl = catalog().ddl();
+    for (const char* piece : {"CREATE TABLE HOrdenes (", "Numero INTEGER NOT NULL", "UNIQUE (Numero)",
+                              "Fecha DATETIME", "P11 YESNO DEFAULT 0", "Serie VARCHAR(1) COLLATE JETTEXT",
+                              "Comentarios TEXT COLLATE JETTEXT", "SerieC REAL DEFAULT 25000",
+                              "CREATE INDEX IX_HOrdenes_Lineas ON HOrdenes_Lineas (Numero, Fecha, ID);"})
+        EXPECT_NE(ddl.find(piece), std::string::npos) << piece;
+    EXPECT_EQ(ddl.find("MEMO"), std::string::npos) << "MEMO has numeric affinity";
+}
+
+TEST(Catalog, MalformedRowsAreRefused) {
+    EXPECT_THROW(Catalog::parse("h\nT\tC\tLong\t3\n"), Error);
+    EXPECT_THROW(Catalog::parse("h\nT\tC\tMoney\t3\t10\t4\tyes\t\t\t\n"), Error);
+    EXPECT_THROW(Catalog::parse("h\nT\tC\tLong\t3\t10\t4\tyes\t\t\t\nT\tc\tLong\t3\t10\t4\tyes\t\t\t\n"), Error);
+    auto ok = Catalog::parse("h\nT\tC\tText(7)\t202\t255\t7\tno\t\tPK1\tnote\n");
+    ASSERT_EQ(ok.tables().size(), 1u);
+    EXPECT_EQ(ok.tables()[0].columns[0].definedSize, 7);
+    EXPECT_FALSE(ok.tables()[0].columns[0].nullable);
+}
+
+}  // namespace
+}  // namespace hist::sql
