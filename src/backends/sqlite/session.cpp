@@ -303,6 +303,7 @@ private:
         kind_ = kind;
         internal_ = false;
         denial_.clear();
+        denialStrong_ = false;
         sqlite3_stmt* raw = nullptr;
         const char* tail = nullptr;
         int rc = sqlite3_prepare_v2(db_, sent.data(), static_cast<int>(sent.size()), &raw, &tail);
@@ -328,8 +329,13 @@ private:
         auto inCatalog = [&](const char* table) {
             return table && (!dbName || std::strcmp(dbName, "main") == 0) && sql::catalog().table(table) != nullptr;
         };
-        auto deny = [&](std::string why) {
-            if (s->denial_.empty()) s->denial_ = std::move(why);
+        // The first reason stands, except that the reason of the statement's own
+        // action (a schema change, a PRAGMA) outranks the schema-table accesses it implies.
+        auto deny = [&](std::string why, bool strong = false) {
+            if (s->denial_.empty() || (strong && !s->denialStrong_)) {
+                s->denial_ = std::move(why);
+                s->denialStrong_ = strong;
+            }
             return SQLITE_DENY;
         };
         switch (action) {
@@ -346,16 +352,24 @@ private:
             case SQLITE_FUNCTION:
                 if (b && allowedFunction(b)) return SQLITE_OK;
                 return deny(std::string("the function '") + (b ? b : "") + "' is not allowed");
-            default: return deny(actionName(action));
+            default: return deny(actionName(action), true);
         }
     }
 
     [[noreturn]] void fail(int rc, std::string_view sent) {
         std::string msg = sqlite3_errmsg(db_);
         int primary = rc & 0xff;
-        if (primary == SQLITE_AUTH)
+        if (primary == SQLITE_AUTH || (!denial_.empty() && msg.find("not authorized") != std::string::npos)) {
+            // DDL reads the schema table before it asks for its own action, so name the action.
+            auto toks = sql::tokenize(sent);
+            for (const auto& t : toks) {
+                if (t.kind == sql::Tok::Blank) continue;
+                if (t.isWord("CREATE") || t.isWord("DROP") || t.isWord("ALTER")) denial_ = actionName(SQLITE_DROP_TABLE);
+                break;
+            }
             throw Error(err::SqlPermission, err::SrcSql,
                         "Permission denied: " + (denial_.empty() ? msg : denial_) + ".");
+        }
         if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
             throw Error(err::SqlLocked, err::SrcSql, "Could not update; currently locked.");
         if (msg.starts_with("no such table: ")) {
@@ -498,6 +512,7 @@ private:
     bool internal_ = true;
     StatementKind kind_ = StatementKind::Read;
     std::string denial_;
+    bool denialStrong_ = false;
 };
 
 }  // namespace

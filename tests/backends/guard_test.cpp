@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include "archive_fixture.hpp"
+#include "platform/error.hpp"
+
+namespace hist {
+namespace {
+
+using backend::StatementKind;
+using testing::run;
+using testing::TempArchive;
+
+// Every statement the guard must refuse, with the call kind it arrives through
+// and a piece of the reason it must give.
+struct Refusal {
+    const char* sql;
+    StatementKind kind;
+    const char* why;
+};
+
+class Guard : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // A table the catalog does not know, made behind the library's back.
+        sqlite3* raw = nullptr;
+        ASSERT_EQ(sqlite3_open(archive.path().c_str(), &raw), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(raw, "CREATE TABLE Intrusa (x INTEGER); INSERT INTO Intrusa VALUES (1);", nullptr,
+                               nullptr, nullptr),
+                  SQLITE_OK);
+        sqlite3_close(raw);
+        s = backend::openSession(archive.source());
+        s->execute("INSERT INTO HFacturas (Numero, Serie) VALUES (1, 'A')");
+        s->execute("INSERT INTO HFacturas (Numero, Serie) VALUES (2, 'B')");
+    }
+
+    // The archive's content and schema, to show a refusal changed nothing.
+    std::string snapshot() {
+        std::string out;
+        sqlite3* raw = nullptr;
+        sqlite3_open(archive.path().c_str(), &raw);
+        sqlite3_exec(
+            raw,
+            "SELECT group_concat(name || ':' || sql, '|') FROM sqlite_schema UNION ALL "
+            "SELECT group_concat(Numero || Serie, ',') FROM (SELECT Numero, Serie FROM HFacturas ORDER BY Numero) "
+            "UNION ALL SELECT count(*) FROM Intrusa",
+            [](void* o, int n, char** v, char**) {
+                for (int i = 0; i < n; ++i) *static_cast<std::string*>(o) += std::string(v[i] ? v[i] : "NULL") + "\n";
+                return 0;
+            },
+            &out, nullptr);
+        sqlite3_close(raw);
+        return out;
+    }
+
+    TempArchive archive;
+    std::unique_ptr<backend::Session> s;
+};
+
+TEST_F(Guard, RefusesAndLeavesTheArchiveUnchanged) {
+    const Refusal cases[] = {
+        {"SELECT Numero FROM HFacturas; DELETE FROM HFacturas", StatementKind::Read, "one statement"},
+        {"DELETE FROM HFacturas WHERE Numero = 1; DELETE FROM HFacturas", StatementKind::Write, "one statement"},
+        {"UPDATE HFacturas SET Serie = 'Z'; SELECT 1", StatementKind::Write, "one statement"},
+        {"DELETE FROM HFacturas", StatementKind::Read, "reading call"},
+        {"UPDATE HFacturas SET Serie = 'Z'", StatementKind::Read, "reading call"},
+        {"SELECT Numero FROM HFacturas", StatementKind::Write, "writing call"},
+        {"SELECT x FROM Intrusa", StatementKind::Read, "'Intrusa' is outside the archive catalog"},
+        {"DELETE FROM Intrusa", StatementKind::Write, "'Intrusa' is outside the archive catalog"},
+        {"INSERT INTO HFacturas (Numero) SELECT x FROM Intrusa", StatementKind::Write, "outside the archive catalog"},
+        {"SELECT name FROM sqlite_schema", StatementKind::Read, "outside the archive catalog"},
+        {"DROP TABLE HFacturas", StatementKind::Write, "schema changes"},
+        {"CREATE TABLE Otra (x)", StatementKind::Write, "schema changes"},
+        {"ALTER TABLE HFacturas ADD COLUMN y", StatementKind::Write, "schema changes"},
+        {"PRAGMA writable_schema = 1", StatementKind::Write, "PRAGMA"},
+        {"PRAGMA table_info(HFacturas)", StatementKind::Read, "PRAGMA"},
+        {"ATTACH DATABASE 'otra.db' AS otra", StatementKind::Write, "ATTACH"},
+        {"SELECT load_extension('x')", StatementKind::Read, "load_extension"},
+        {"BEGIN", StatementKind::Write, "transaction"},
+        {"COMMIT", StatementKind::Write, "transaction"},
+        {"CREATE TRIGGER t AFTER INSERT ON HFacturas BEGIN DELETE FROM HFacturas; END", StatementKind::Write,
+         "schema changes"},
+    };
+    const std::string before = snapshot();
+    for (const auto& c : cases) {
+        try {
+            if (c.kind == StatementKind::Read) run(*s, c.sql);
+            else s->execute(c.sql);
+            ADD_FAILURE() << "accepted: " << c.sql;
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), err::SqlPermission) << c.sql << " -> " << e.description();
+            EXPECT_TRUE(e.description().starts_with("Permission denied")) << e.description();
+            EXPECT_NE(e.description().find(c.why), std::string::npos) << c.sql << " -> " << e.description();
+        }
+    }
+    EXPECT_EQ(snapshot(), before);
+    // The session still works after the refusals.
+    EXPECT_EQ(s->execute("UPDATE HFacturas SET Serie = 'C' WHERE Numero = 2"), 1);
+    EXPECT_EQ(run(*s, "SELECT Numero FROM HFacturas WHERE Serie = 'c'").rows.size(), 1u);
+}
+
+TEST_F(Guard, AcceptsOneStatementWithTrailingSemicolonAndTheCatalogTables) {
+    EXPECT_EQ(s->execute("DELETE FROM HFacturas WHERE Numero = 2;  "), 1);
+    EXPECT_EQ(run(*s, "SELECT Numero, Serie FROM HFacturas;").rows.size(), 1u);
+    EXPECT_EQ(run(*s, "SELECT MAX(Numero) AS N, COUNT(*) FROM HFacturas WHERE Serie Like 'a'").rows.size(), 1u);
+}
+
+}  // namespace
+}  // namespace hist
