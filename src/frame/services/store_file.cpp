@@ -1,0 +1,151 @@
+#include "frame/services/store_file.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include <unicode/unistr.h>
+
+#include "platform/error.hpp"
+
+namespace hist::services {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(std::string_view what, const fs::path& file, const std::string& problem) {
+    throw Error(err::InvalidCall, SrcSettings, std::string(what) + " " + file.string() + ": " + problem);
+}
+
+std::string sysText(int e) { return std::strerror(e); }
+
+void makeFolder(const fs::path& dir, std::string_view what) {
+    std::error_code ec;
+    fs::create_directories(dir, ec);
+    if (ec) fail(what, dir, "cannot create the folder (" + ec.message() + "); check its permissions");
+}
+
+}  // namespace
+
+std::optional<std::string> readStoreFile(const fs::path& file, std::string_view what) {
+    int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (errno == ENOENT) return std::nullopt;
+        fail(what, file, "cannot be read (" + sysText(errno) + "); check its permissions");
+    }
+    std::string text;
+    char buf[8192];
+    for (;;) {
+        ssize_t n = ::read(fd, buf, sizeof buf);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            int e = errno;
+            ::close(fd);
+            fail(what, file, "cannot be read (" + sysText(e) + ")");
+        }
+        if (n == 0) break;
+        text.append(buf, static_cast<size_t>(n));
+    }
+    ::close(fd);
+    return text;
+}
+
+void replaceStoreFile(const fs::path& file, std::string_view text, std::string_view what) {
+    static std::atomic<unsigned> counter{0};
+    fs::path dir = file.parent_path();
+    makeFolder(dir, what);
+    fs::path tmp = file;
+    tmp += ".tmp." + std::to_string(::getpid()) + "." + std::to_string(counter++);
+    int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) fail(what, file, "cannot be written (" + sysText(errno) + "); check the folder's permissions");
+    auto abandon = [&](int e) {
+        ::close(fd);
+        ::unlink(tmp.c_str());
+        fail(what, file, "cannot be written (" + sysText(e) + "); check free space and permissions");
+    };
+    size_t done = 0;
+    while (done < text.size()) {
+        ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            abandon(errno);
+        }
+        done += static_cast<size_t>(n);
+    }
+    if (::fsync(fd) != 0) abandon(errno);
+    if (::close(fd) != 0) {
+        int e = errno;
+        ::unlink(tmp.c_str());
+        fail(what, file, "cannot be written (" + sysText(e) + ")");
+    }
+    if (::rename(tmp.c_str(), file.c_str()) != 0) {
+        int e = errno;
+        ::unlink(tmp.c_str());
+        fail(what, file, "cannot be replaced (" + sysText(e) + ")");
+    }
+    // The rename itself must reach the disk too.
+    int dfd = ::open(dir.empty() ? "." : dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dfd >= 0) {
+        ::fsync(dfd);
+        ::close(dfd);
+    }
+}
+
+StoreLock::StoreLock(const fs::path& file, std::string_view what) {
+    makeFolder(file.parent_path(), what);
+    fs::path lock = file;
+    lock += ".lock";
+    fd_ = ::open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd_ < 0) fail(what, lock, "cannot be opened (" + sysText(errno) + "); check the folder's permissions");
+    while (::flock(fd_, LOCK_EX) != 0) {
+        if (errno == EINTR) continue;
+        int e = errno;
+        ::close(fd_);
+        fd_ = -1;
+        fail(what, lock, "cannot be locked (" + sysText(e) + ")");
+    }
+}
+
+StoreLock::~StoreLock() {
+    if (fd_ >= 0) {
+        ::flock(fd_, LOCK_UN);
+        ::close(fd_);
+    }
+}
+
+std::string foldKey(std::string_view text) {
+    icu::UnicodeString u = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    u.foldCase();
+    std::string out;
+    u.toUTF8String(out);
+    return out;
+}
+
+fs::path userStoreDir(const std::string& settingsDir, const std::string& user) {
+    // The folded name, with every byte outside [a-z0-9._-] written %XX, so that a
+    // name can never reach outside its folder nor collide with another.
+    std::string folded = foldKey(user);
+    std::string safe;
+    static const char* hex = "0123456789ABCDEF";
+    for (unsigned char ch : folded) {
+        bool plain = (ch >= 'a' && ch <= 'z') || (ch >= '0' && ch <= '9') || ch == '_' || ch == '-' ||
+                     (ch == '.' && !safe.empty());
+        if (plain) {
+            safe += static_cast<char>(ch);
+        } else {
+            safe += '%';
+            safe += hex[ch >> 4];
+            safe += hex[ch & 15];
+        }
+    }
+    if (safe.empty()) safe = "%";
+    return fs::path(settingsDir) / "historicos" / "usuarios" / safe;
+}
+
+}  // namespace hist::services

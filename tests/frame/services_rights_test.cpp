@@ -1,0 +1,182 @@
+#include <sstream>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/services/config.hpp"
+#include "frame/services/rights.hpp"
+#include "frame/services_testutil.hpp"
+#include "platform/clock.hpp"
+#include "platform/error.hpp"
+
+namespace hist::services {
+namespace {
+
+using ::testing::HasSubstr;
+using test::ScratchDir;
+
+// Installs a configuration whose settings live in a scratch folder, and a user.
+class RightsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
+        c.settingsDir = dir.str();
+        Configuration::install(c);
+        CurrentUser::set("ana");
+    }
+    void TearDown() override {
+        CurrentUser::set(std::nullopt);
+        Configuration::reset();
+    }
+    ScratchDir dir;
+};
+
+TEST_F(RightsTest, KeysAreBuiltFromTheApplicationIdentity) {
+    AppIdentity app;
+    EXPECT_EQ(securityKey(app), "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\");
+    app.companyName = "Dental Sur";
+    app.productName = "Gestion";
+    app.major = 3;
+    app.minor = 12;
+    // The classes append "Seguridad\<group>\" to what GetRutaSeguridad returns, so
+    // the word stands twice.
+    EXPECT_EQ(groupKey(app, "Facturas"), "SOFTWARE\\Dental Sur\\Gestion\\3.12\\Seguridad\\Seguridad\\Facturas\\");
+    ClsSeguridadUsuario s;
+    EXPECT_EQ(s.GetRutaSeguridad("SOFTWARE\\X\\Y\\1.0\\Seguridad\\"), "SOFTWARE\\X\\Y\\1.0\\Seguridad\\");
+}
+
+TEST_F(RightsTest, RefusalsArePerUserPathAndAction) {
+    AppIdentity app;
+    RightsStore store(dir.str());
+    EXPECT_TRUE(store.deny("ana", groupKey(app, "Facturas"), "Borrar"));
+    EXPECT_FALSE(store.deny("ANA", groupKey(app, "facturas"), "borrar"));  // already refused: one right
+
+    ClsSeguridadUsuario s;
+    struct Case {
+        std::string user, group, action;
+        bool refused;
+    };
+    const Case cases[] = {
+        {"ana", "Facturas", "Borrar", true},
+        {"Ana", "FACTURAS", "BORRAR", true},  // users, paths and actions ignore case
+        {"ana", "Facturas", "Imprimir", false},
+        {"ana", "HFacturas", "Borrar", false},
+        {"luis", "Facturas", "Borrar", false},
+    };
+    for (const Case& c : cases) {
+        CurrentUser::set(c.user);
+        std::string path = groupKey(app, c.group), id = c.action;
+        EXPECT_EQ(s.bRestringido(path, id), c.refused) << c.user << " " << c.group << " " << c.action;
+    }
+    CurrentUser::set("ana");
+    EXPECT_TRUE(store.allow("ana", groupKey(app, "Facturas"), "Borrar"));
+    EXPECT_FALSE(store.allow("ana", groupKey(app, "Facturas"), "Borrar"));
+    std::string path = groupKey(app, "Facturas"), id = "Borrar";
+    EXPECT_FALSE(s.bRestringido(path, id));
+}
+
+TEST_F(RightsTest, ADamagedRightsStoreFailsTheCheck) {
+    RightsStore store(dir.str());
+    test::writeFile(store.fileOf("ana"), "{\"version\": 1, \"keys\": {");
+    ClsSeguridadUsuario s;
+    std::string path = groupKey(AppIdentity{}, "Facturas"), id = "Borrar";
+    try {
+        s.bRestringido(path, id);
+        FAIL() << "nobody gets a permission from a damaged store";
+    } catch (const Error& e) {
+        EXPECT_THAT(e.description(), HasSubstr("rights store"));
+        EXPECT_THAT(e.description(), HasSubstr("damaged"));
+    }
+}
+
+TEST_F(RightsTest, OneSharedInstancePerThread) {
+    auto a = ClsSeguridadUsuario::shared();
+    EXPECT_EQ(a, ClsSeguridadUsuario::shared());
+    std::shared_ptr<ClsSeguridadUsuario> other;
+    std::thread t([&] { other = ClsSeguridadUsuario::shared(); });
+    t.join();
+    ASSERT_NE(other, nullptr);
+    EXPECT_NE(a, other);
+}
+
+struct CommandRun {
+    int status;
+    std::string out, err;
+};
+CommandRun run(const std::vector<std::string>& args) {
+    std::ostringstream out, err;
+    int status = rightsCommand(args, out, err);
+    return {status, out.str(), err.str()};
+}
+
+TEST_F(RightsTest, CommandDeniesListsAndAllows) {
+    CommandRun r = run({"deny", "luis", "Facturas", "Borrar"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "refused: luis Facturas Borrar\n");
+    EXPECT_EQ(run({"deny", "luis", "Facturas", "Borrar"}).out, "already refused: luis Facturas Borrar\n");
+    EXPECT_EQ(run({"deny", "ana", "Hist_Fabricacion", "Imprimir"}).status, 0);
+
+    // What the command wrote is what a record class's check finds.
+    CurrentUser::set("LUIS");
+    std::string path = "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\Seguridad\\Facturas\\", id = "borrar";
+    EXPECT_TRUE(ClsSeguridadUsuario::shared()->bRestringido(path, id));
+
+    CommandRun all = run({"list"});
+    EXPECT_EQ(all.status, 0);
+    EXPECT_EQ(all.out, "ana\tHist_Fabricacion\tImprimir\nluis\tFacturas\tBorrar\n");
+    EXPECT_EQ(run({"list", "LUIS"}).out, "luis\tFacturas\tBorrar\n");
+
+    CommandRun allowed = run({"allow", "luis", "facturas", "BORRAR"});
+    EXPECT_EQ(allowed.status, 0);
+    EXPECT_EQ(allowed.out, "allowed: luis facturas BORRAR\n");
+    EXPECT_EQ(run({"allow", "luis", "Facturas", "Borrar"}).out, "was not refused: luis Facturas Borrar\n");
+    EXPECT_FALSE(ClsSeguridadUsuario::shared()->bRestringido(path, id));
+    EXPECT_EQ(run({"list"}).out, "ana\tHist_Fabricacion\tImprimir\n");
+}
+
+TEST_F(RightsTest, CommandOptionsChooseFolderAndIdentity) {
+    ScratchDir other;
+    test::writeFile(other / "c.json", R"({"application": {"CompanyName": "Sur", "Major": 2}})");
+    CommandRun r = run({"--config", (other / "c.json").string(), "--settings-dir", other.str(), "deny", "ana", "Facturas",
+                 "Borrar"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    RightsStore store(other.str());
+    EXPECT_TRUE(store.refused("ana", "SOFTWARE\\Sur\\Historicos\\2.0\\Seguridad\\Seguridad\\Facturas\\", "Borrar"));
+    EXPECT_TRUE(RightsStore(dir.str()).list().empty());  // the installed folder is untouched
+}
+
+TEST_F(RightsTest, CommandUsageAndFailures) {
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        const char* says;
+    };
+    const Case cases[] = {
+        {{}, 2, "say deny, allow or list"},
+        {{"grant", "a", "b", "c"}, 2, "unknown command grant"},
+        {{"deny", "a", "b"}, 2, "deny takes USER GROUP ACTION"},
+        {{"allow", "a", "b", "c", "d"}, 2, "allow takes USER GROUP ACTION"},
+        {{"deny", "", "b", "c"}, 2, "must not be empty"},
+        {{"deny", "a", "x\\y", "c"}, 2, "without backslashes"},
+        {{"list", "a", "b"}, 2, "at most a USER"},
+        {{"--settings-dir"}, 2, "--settings-dir needs a value"},
+        {{"--verbose", "list"}, 2, "unknown option --verbose"},
+        {{"--config", "/nonexistent/c.json", "list"}, 1, "configuration file not found"},
+    };
+    for (const Case& c : cases) {
+        CommandRun r = run(c.args);
+        EXPECT_EQ(r.status, c.status) << c.says;
+        EXPECT_THAT(r.err, HasSubstr(c.says));
+        EXPECT_TRUE(r.out.empty());
+    }
+    RightsStore store(dir.str());
+    test::writeFile(store.fileOf("ana"), "garbage");
+    CommandRun damaged = run({"deny", "ana", "Facturas", "Borrar"});
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_THAT(damaged.err, HasSubstr("damaged"));
+    EXPECT_EQ(test::readFile(store.fileOf("ana")), "garbage");
+}
+
+}  // namespace
+}  // namespace hist::services

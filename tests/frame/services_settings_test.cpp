@@ -1,0 +1,234 @@
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/services/config.hpp"
+#include "frame/services/settings.hpp"
+#include "frame/services/store_file.hpp"
+#include "frame/services_testutil.hpp"
+#include "platform/clock.hpp"
+#include "platform/error.hpp"
+
+namespace hist::services {
+namespace {
+
+using ::testing::HasSubstr;
+using test::readFile;
+using test::ScratchDir;
+using test::writeFile;
+
+const std::string kTodos =
+    "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\HOrdenes_Fases\\todos\\";
+const std::string kTodosUpper =
+    "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\HOrdenes_Fases\\Todos\\";
+
+void put(const std::filesystem::path& file, const std::string& key, const std::string& name, std::string value) {
+    ClsClaveRegistro r(file);
+    r.AbrirClave(key);
+    Variant n(name);
+    r.EscribirValor(n, value);
+}
+
+std::string get(const std::filesystem::path& file, const std::string& key, const std::string& name,
+                const std::string& def = "<none>") {
+    ClsClaveRegistro r(file);
+    r.AbrirClave(key);
+    return r.LeerValor(Variant(name), def);
+}
+
+TEST(ServicesSettings, AbsentNamesGiveTheDefault) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    EXPECT_EQ(get(file, kTodos, "Criteria", ""), "");
+    EXPECT_EQ(get(file, kTodos, "IndexOrderField", "0"), "0");
+    put(file, kTodos, "Mode", " DESC");
+    EXPECT_EQ(get(file, kTodos, "Criteria", "x"), "x");        // another name of the same key
+    EXPECT_EQ(get(file, kTodos + "otra\\", "Mode", "y"), "y");  // another key
+}
+
+TEST(ServicesSettings, KeyPathsAndNamesIgnoreCase) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    put(file, kTodos, "Criteria", "Cerrada = 'Abierta'");
+    struct Case {
+        std::string key, name;
+    };
+    const Case same[] = {
+        {kTodosUpper, "Criteria"},
+        {kTodos, "CRITERIA"},
+        {kTodosUpper.substr(0, kTodosUpper.size() - 1), "criteria"},  // the trailing backslash
+        {"software\\laboratorio\\historicos\\1.0\\configuracion\\registros\\hordenes_fases\\TODOS", "Criteria"},
+    };
+    for (const Case& c : same) EXPECT_EQ(get(file, c.key, c.name), "Cerrada = 'Abierta'") << c.key << " " << c.name;
+    // A later write through another spelling replaces the value: one key, one name.
+    put(file, kTodosUpper, "criteria", "Serie = 'B'");
+    EXPECT_EQ(get(file, kTodos, "Criteria"), "Serie = 'B'");
+    // Case folding covers more than ASCII.
+    put(file, "Año\\Ñandú", "Válvula", "1");
+    EXPECT_EQ(get(file, "AÑO\\ñANDÚ", "VÁLVULA"), "1");
+    // Backslashes are part of the name: these are other keys.
+    EXPECT_EQ(get(file, "SOFTWARE\\\\Laboratorio", "Criteria"), "<none>");
+    // The spelling first written is the one kept in the file.
+    EXPECT_THAT(readFile(file), HasSubstr("\\\\todos\\\\"));
+    EXPECT_THAT(readFile(file), ::testing::Not(HasSubstr("\\\\Todos\\\\")));
+}
+
+TEST(ServicesSettings, ValuesAreTextAndNamesAreConverted) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    ClsClaveRegistro r(file);
+    r.AbrirClave(kTodos);
+    Variant idx(int16_t{3});
+    std::string v = "3";
+    r.EscribirValor(idx, v);  // a numeric name is its text
+    EXPECT_EQ(r.LeerValor(Variant("3"), ""), "3");
+    std::string empty;
+    Variant mode("Mode");
+    r.EscribirValor(mode, empty);  // an empty value exists: it is not the default
+    EXPECT_EQ(r.LeerValor(Variant("Mode"), "def"), "");
+    try {
+        r.LeerValor(Variant::null(), "");
+        FAIL() << "a Null name must fail";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), err::InvalidUseOfNull);
+    }
+}
+
+TEST(ServicesSettings, DurableAcrossReopenAndProcesses) {
+    ScratchDir dir;
+    auto file = dir / "sub" / "registro.json";  // the folder is made on first write
+    put(file, kTodos, "Criteria", "a");
+    pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        try {
+            put(file, kTodos, "Mode", " DESC");
+        } catch (...) {
+            ::_exit(3);
+        }
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(get(file, kTodosUpper, "Criteria"), "a");
+    EXPECT_EQ(get(file, kTodosUpper, "Mode"), " DESC");
+}
+
+TEST(ServicesSettings, ConcurrentWritersLoseNothing) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    constexpr int kProcs = 4, kEach = 15;
+    std::vector<pid_t> kids;
+    for (int p = 0; p < kProcs; ++p) {
+        pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            try {
+                for (int i = 0; i < kEach; ++i)
+                    put(file, "K", "p" + std::to_string(p) + "_" + std::to_string(i), std::to_string(i));
+            } catch (...) {
+                ::_exit(3);
+            }
+            ::_exit(0);
+        }
+        kids.push_back(child);
+    }
+    for (pid_t k : kids) {
+        int status = 0;
+        ASSERT_EQ(::waitpid(k, &status, 0), k);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    for (int p = 0; p < kProcs; ++p)
+        for (int i = 0; i < kEach; ++i)
+            EXPECT_EQ(get(file, "k", "P" + std::to_string(p) + "_" + std::to_string(i)), std::to_string(i));
+}
+
+TEST(ServicesSettings, OpeningAnExistingKeyWritesNothing) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    put(file, kTodos, "Criteria", "a");
+    struct stat before {};
+    ASSERT_EQ(::stat(file.c_str(), &before), 0);
+    ClsClaveRegistro r(file);
+    r.AbrirClave(kTodosUpper);
+    struct stat after {};
+    ASSERT_EQ(::stat(file.c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);  // a write replaces the file, and with it the inode
+    r.AbrirClave("Nueva\\Clave\\");       // a new key is created at once
+    struct stat created {};
+    ASSERT_EQ(::stat(file.c_str(), &created), 0);
+    EXPECT_NE(before.st_ino, created.st_ino);
+    EXPECT_THAT(readFile(file), HasSubstr("Nueva"));
+}
+
+TEST(ServicesSettings, LeftoverTemporaryFileIsHarmless) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    put(file, kTodos, "Criteria", "a");
+    // What a crash between writing the temporary file and renaming it leaves behind.
+    writeFile(dir / "registro.json.tmp.99999.0", "{\"version\": 1, \"keys\": {\"X\": {\"Crit");
+    EXPECT_EQ(get(file, kTodos, "Criteria"), "a");
+    put(file, kTodos, "Mode", "m");
+    EXPECT_EQ(get(file, kTodos, "Criteria"), "a");
+    EXPECT_EQ(get(file, kTodos, "Mode"), "m");
+}
+
+TEST(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
+    ScratchDir dir;
+    auto file = dir / "registro.json";
+    put(file, kTodos, "Criteria", "a");
+    put(file, kTodos, "Mode", "b");
+    std::string whole = readFile(file);
+    const std::string damages[] = {
+        whole.substr(0, whole.size() / 2),           // truncated
+        "",                                          // emptied
+        "[1, 2]",                                    // not an object
+        "{\"keys\": {}}",                            // no version
+        "{\"version\": 9, \"keys\": {}}",            // a version unknown
+        "{\"version\": 1, \"keys\": {\"K\": {\"n\": 5}}}",  // a value not a text
+    };
+    for (const std::string& damaged : damages) {
+        writeFile(file, damaged);
+        auto expectReported = [&](const std::function<void()>& f) {
+            try {
+                f();
+                ADD_FAILURE() << "no failure for: " << damaged;
+            } catch (const Error& e) {
+                EXPECT_EQ(e.source(), SrcSettings);
+                EXPECT_THAT(e.description(), HasSubstr(file.string()));
+                EXPECT_THAT(e.description(), HasSubstr("damaged"));
+            }
+        };
+        expectReported([&] { get(file, kTodos, "Criteria"); });
+        expectReported([&] { put(file, kTodos, "Criteria", "c"); });
+        expectReported([&] { put(file, "Otra", "Criteria", "c"); });
+        EXPECT_EQ(readFile(file), damaged) << "the damaged store was changed";
+    }
+}
+
+TEST(ServicesSettings, DefaultStoreIsTheCurrentUsersUnderTheSettingsFolder) {
+    ScratchDir dir;
+    Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
+    c.settingsDir = dir.str();
+    Configuration::install(c);
+    CurrentUser::set("Ana María");
+    ClsClaveRegistro r;
+    EXPECT_EQ(r.storeFile(), dir / "historicos/usuarios/ana%20mar%C3%ADa/registro.json");
+    CurrentUser::set("ANA MARÍA");  // the same user: names ignore case
+    EXPECT_EQ(ClsClaveRegistro().storeFile(), r.storeFile());
+    CurrentUser::set("../../etc");
+    // A name with separators stays one folder under the users' folder.
+    auto odd = ClsClaveRegistro().storeFile();
+    EXPECT_EQ(odd.parent_path().parent_path(), dir / "historicos/usuarios");
+    EXPECT_EQ(odd.parent_path().filename().string().find('/'), std::string::npos);
+    EXPECT_NE(odd.parent_path().filename(), "..");
+    CurrentUser::set(std::nullopt);
+    Configuration::reset();
+}
+
+}  // namespace
+}  // namespace hist::services
