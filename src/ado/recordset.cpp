@@ -907,7 +907,7 @@ std::shared_ptr<ado::Fields> Recordset::Fields() {
 int Recordset::fieldCount() const { return open_ ? static_cast<int>(data_->fieldCol.size()) : 0; }
 
 int Recordset::fieldIndex(std::string_view name) const {
-    if (!open_) return -1;
+    if (!data_) return -1;
     auto it = data_->byName.find(text::fold(name));
     return it == data_->byName.end() ? -1 : it->second;
 }
