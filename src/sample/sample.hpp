@@ -1,0 +1,62 @@
+#pragma once
+// A realistic, deterministic history of a dental laboratory, written into an
+// archive file: customers and their snapshots, work orders with their clinical and
+// production detail, customer orders, delivery notes, invoices and receipts, tied
+// together the way the invoicing process ties them (Estado/Doc_E back to the
+// source document, Facturado/Doc_F forward to the document that took it).
+//
+// The archive is created through the engine (so its schema is the catalog's) and
+// then filled in one transaction with prepared statements.
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace hist::sample {
+
+struct Options {
+    std::size_t orders = 2000;  // work orders; about 4.5 lines each
+    uint64_t seed = 1;
+    // Called now and then while rows are written: work orders done of the total.
+    std::function<void(std::size_t done, std::size_t total)> progress;
+};
+
+// Facturado codes the sample writes, and what Doc_F names with each.
+inline constexpr int kNotTaken = 0;         // Doc_F 0
+inline constexpr int kTakenByNote = 3;      // Doc_F: a delivery note (HAlbaranes.Numero)
+inline constexpr int kTakenByInvoice = 4;   // Doc_F: an invoice (HFacturas.Numero)
+
+// Numbers of the series: A 1..9999, B 10001..24999, C from 25001. A series with
+// no document keeps its start (A 0, B 10000, C 25000) in Numeradores.
+inline constexpr long kSeriesStartA = 0;
+inline constexpr long kSeriesStartB = 10000;
+inline constexpr long kSeriesStartC = 25000;
+
+struct TableCount {
+    std::string table;
+    long long rows = 0;
+};
+
+struct Result {
+    std::vector<TableCount> counts;  // every catalog table, in catalog order
+    double seconds = 0;
+};
+
+// Fills the archive at dbPath with a sample history. The file is created with the
+// catalog's tables when missing; an existing archive must have empty document
+// tables. Throws hist::Error on failure.
+Result generate(const std::string& dbPath, const Options& opt);
+
+// Rows per catalog table of the archive at dbPath (in catalog order).
+std::vector<TableCount> countRows(const std::string& dbPath);
+
+// Counts per table and the newest work orders and invoices with their totals.
+void summary(const std::string& dbPath, std::ostream& out);
+
+// `historicos init [--db PATH] [--force] [--sample [--orders N] [--seed S]]`.
+// Returns the process exit code (0 done, 1 failure, 2 bad usage).
+int initCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+
+}  // namespace hist::sample
