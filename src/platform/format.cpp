@@ -446,9 +446,10 @@ std::string formatDate(double serial, std::string_view mask, const Regional& r) 
                 continue;
             }
         }
-        const char lc = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+        auto lower = [](char ch) { return (ch >= 'A' && ch <= 'Z') ? static_cast<char>(ch - 'A' + 'a') : ch; };
+        const char lc = lower(c);
         size_t n = 1;
-        while (i + n < mask.size() && lowerAscii(mask.substr(i + n, 1))[0] == lc) ++n;
+        while (i + n < mask.size() && lower(mask[i + n]) == lc) ++n;
         bool token = true;
         switch (lc) {
             case 'd':

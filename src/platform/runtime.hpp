@@ -51,7 +51,9 @@ bool IsDate(const Variant& v);
 // CDate of a text, or nothing when it is not a date under the regional settings.
 std::optional<double> parseDate(std::string_view text, const Regional& r = Regional::current());
 
-// Variant-preserving conversions used by dispatch and fields.
+// Variant-preserving conversions used by dispatch and fields: the result has the kind
+// named; Null and Missing pass through unchanged (the caller decides whether they are
+// allowed); the other errors are those of the C* function.
 Variant toInteger(const Variant& v);  // Integer kind
 Variant toLong(const Variant& v);
 Variant toDouble(const Variant& v);
@@ -69,7 +71,10 @@ std::optional<int> compare(const Variant& a, const Variant& b);
 // Format(value, mask): named masks ("General Number", "Currency", "Fixed", "Standard",
 // "Percent", "Short Date", "Long Date", "Medium Date", "Short Time", "Long Time",
 // "Medium Time", "General Date", "Yes/No", "True/False", "On/Off") and custom numeric
-// and date masks. An empty mask formats as CStr does (Null gives "").
+// and date masks, and the text masks (@ & < > !). An empty mask formats as CStr does.
+// Null and Empty give "" under every mask but a numeric mask's fourth (null) section
+// and a text mask's second section. A text that reads as neither a number nor a date
+// comes back as it is.
 std::string Format(const Variant& v, std::string_view mask = {});
 
 // The text a value takes when printed into a listing file (Print #): a number with

@@ -231,6 +231,8 @@ TEST(RuntimeParseNumber, LaxReaderPerRegionalSettings) {
         {"($1,234.50)", std::nullopt, -1234.5},
         {"1e", std::nullopt, std::nullopt},
         {"1,000", 1, 1000},
+        {",5", 0.5, std::nullopt},  // the thousands mark counts only after a digit
+        {".5", std::nullopt, 0.5},
     };
     for (const auto& c : cases) {
         for (Loc loc : {Loc::es, Loc::en}) {

@@ -104,6 +104,7 @@ TEST(RuntimeFormat, Sections) {
         {0.0, "0;(0);\"cero\"", "cero", "cero"},
         {0.0, "0;(0)", "0", "0"},
         {-2.0, "0;;\"cero\"", "-2", "-2"},
+        {-0.001, "0.00", "-0,00", "-0.00"},  // the sign of the value, not of its rounding
         {Variant::null(), "0;(0);\"cero\";\"nulo\"", "nulo", "nulo"},
         {Variant::null(), "0;(0);\"cero\"", "", ""},
         {-1234.5, "#,##0.00;(#,##0.00)", "(1.234,50)", "(1,234.50)"},
