@@ -13,7 +13,7 @@ uint64_t splitmix(uint64_t& x) {
 uint64_t rotl(uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
 
 // Days from 1970-01-01 of a proleptic Gregorian date.
-long daysFromCivil(int y, int m, int d) {
+constexpr long daysFromCivil(int y, int m, int d) {
     y -= m <= 2;
     const long era = (y >= 0 ? y : y - 399) / 400;
     const long yoe = y - era * 400;
@@ -21,7 +21,7 @@ long daysFromCivil(int y, int m, int d) {
     const long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
     return era * 146097 + doe - 719468;
 }
-const long kEpoch = daysFromCivil(1899, 12, 30);
+constexpr long kEpoch = daysFromCivil(1899, 12, 30);
 }  // namespace
 
 Rng::Rng(uint64_t seed, uint64_t stream) {

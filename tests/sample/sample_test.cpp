@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/runtime.hpp"
 #include "sample/db.hpp"
+#include "sample/detail.hpp"
 #include "sample/sample.hpp"
 #include "sql/catalog.hpp"
 
@@ -332,6 +334,38 @@ TEST_F(SampleArchive, AccentedTextsSurviveTheRoundTrip) {
         accented += q.scalar(std::string("SELECT COUNT(*) FROM HOrdenes_Cabecera WHERE instr(Razon_Social || Nombre || Direccion || Poblacion, '") +
                              s + "') > 0");
     EXPECT_GT(accented, 0);
+}
+
+TEST(SampleCalendar, DatesMatchTheRuntimesSerials) {
+    namespace d = hs::detail;
+    const struct {
+        int y, m, dd;
+    } days[] = {{1899, 12, 30}, {1900, 3, 1}, {2000, 2, 29}, {2019, 1, 7}, {2024, 12, 31}, {2026, 10, 30}};
+    for (const auto& x : days) {
+        const int s = d::serialOf(x.y, x.m, x.dd);
+        EXPECT_EQ(s, static_cast<int>(hist::rt::dateSerial(x.y, x.m, x.dd))) << x.y << "-" << x.m << "-" << x.dd;
+        EXPECT_EQ(d::isoText(s, 9 * 3600 + 5 * 60 + 7), hist::rt::isoText(s + hist::rt::timeSerial(9, 5, 7)));
+        int y, m, dd;
+        d::civilOf(s, y, m, dd);
+        EXPECT_EQ(y * 10000 + m * 100 + dd, x.y * 10000 + x.m * 100 + x.dd);
+    }
+    EXPECT_EQ(d::isoText(0, 17 * 3600 + 30 * 60), "1899-12-30 17:30:00");
+    EXPECT_EQ(d::shortDate(d::serialOf(2026, 3, 5)), "05/03/2026");
+    // 2026-10-30 is a Friday; the next working day after it is Monday 2 November.
+    EXPECT_EQ(d::weekdayIndex(d::serialOf(2026, 10, 30)), 6);
+    EXPECT_EQ(d::addWorkingDays(d::serialOf(2026, 10, 30), 1), d::serialOf(2026, 11, 2));
+    EXPECT_EQ(d::workingOnOrAfter(d::serialOf(2026, 10, 31)), d::serialOf(2026, 11, 2));
+}
+
+TEST_F(SampleArchive, HistoryEndsOnItsLastWorkingDay) {
+    Query q(path());
+    EXPECT_EQ(q.column("SELECT MAX(Fecha) FROM HOrdenes").at(0), "2026-10-30 00:00:00");
+    // Half a year of history at least for a small sample, documents after their sources.
+    EXPECT_LE(q.column("SELECT MIN(Fecha) FROM HOrdenes").at(0), "2026-05-04 00:00:00");
+    EXPECT_EQ(q.scalar("SELECT COUNT(*) FROM HAlbaranes a JOIN HOrdenes o ON o.Numero = a.Doc_E WHERE a.Estado = 10 AND a.Fecha < o.Fecha"), 0);
+    EXPECT_EQ(q.scalar("SELECT COUNT(*) FROM HAlbaranes a JOIN HFacturas f ON f.Numero = a.Doc_F WHERE a.Facturado = 4 AND f.Fecha < a.Fecha"), 0);
+    EXPECT_EQ(q.scalar("SELECT COUNT(*) FROM Recibos WHERE Fecha_Vencimiento < Fecha_Expedicion"), 0);
+    EXPECT_EQ(q.scalar("SELECT COUNT(*) FROM HOrdenes_Fases WHERE Hora NOT LIKE '1899-12-30 %' OR Fecha < Fecha_Codigo"), 0);
 }
 
 TEST(SampleDeterminism, SameSeedSameContentOtherSeedOtherContent) {
