@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/variant.hpp"
+#include "sql/statement_kind.hpp"
 
 namespace hist::backend {
 
@@ -63,7 +64,8 @@ public:
     virtual void row(std::span<const Cell> cells) = 0;
 };
 
-enum class StatementKind { Read, Write };
+// The translator and the sessions share one notion of the kind a call expects.
+using StatementKind = sql::StatementKind;
 
 class Session {
 public:

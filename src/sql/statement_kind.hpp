@@ -1,0 +1,8 @@
+#pragma once
+
+namespace hist::sql {
+
+// What a call expects a statement to do: read (a selection) or write.
+enum class StatementKind { Read, Write };
+
+}  // namespace hist::sql

@@ -1,0 +1,230 @@
+#include "sql/translator.hpp"
+
+#include <gtest/gtest.h>
+
+#include "platform/error.hpp"
+#include "platform/runtime.hpp"
+#include "sql/literals.hpp"
+#include "sql/textmatch.hpp"
+#include "sql/tokenizer.hpp"
+
+namespace hist::sql {
+namespace {
+
+constexpr auto R = StatementKind::Read;
+constexpr auto W = StatementKind::Write;
+
+struct Rewrite {
+    const char* name;
+    StatementKind kind;
+    const char* in;
+    const char* out;
+};
+
+class Translates : public ::testing::TestWithParam<Rewrite> {};
+
+TEST_P(Translates, ToTheEngineDialect) {
+    const auto& c = GetParam();
+    EXPECT_EQ(translate(c.in, c.kind, Regional::esES()), c.out);
+}
+
+const Rewrite kRewrites[] = {
+    {"untouched_selection", R,
+     "SELECT Numero AS Factura, Serie, Fecha  FROM HFacturas WHERE (((Codigo) ='C1')) ORDER BY Numero;",
+     "SELECT Numero AS Factura, Serie, Fecha  FROM HFacturas WHERE (((Codigo) ='C1')) ORDER BY Numero;"},
+    {"untouched_brackets_and_is_null", R, "SELECT [Base] FROM HOrdenes WHERE (((Base) Is Null))",
+     "SELECT [Base] FROM HOrdenes WHERE (((Base) Is Null))"},
+    {"hash_date_iso", R, "SELECT Numero FROM HOrdenes WHERE Fecha = #2003-02-01 10:30:00#",
+     "SELECT Numero FROM HOrdenes WHERE Fecha = '2003-02-01 10:30:00'"},
+    {"hash_date_month_first", R, "SELECT Numero FROM HOrdenes WHERE Fecha >= #02/01/2003#",
+     "SELECT Numero FROM HOrdenes WHERE Fecha >= '2003-02-01 00:00:00'"},
+    {"hash_date_day_first_fallback", R, "SELECT Numero FROM HOrdenes WHERE Fecha >= #15/03/2003#",
+     "SELECT Numero FROM HOrdenes WHERE Fecha >= '2003-03-15 00:00:00'"},
+    {"hash_time_alone", R, "SELECT Numero FROM HOrdenes WHERE Hora_Entrega = #10:30:00 PM#",
+     "SELECT Numero FROM HOrdenes WHERE Hora_Entrega = '1899-12-30 22:30:00'"},
+    {"true_false_and_qualified_set", W,
+     "UPDATE HOrdenes_Fases SET HOrdenes_Fases.Fecha = '01/02/2003', HOrdenes_Fases.Finalizado = False WHERE "
+     "(((HOrdenes_Fases.Id)=5));",
+     "UPDATE HOrdenes_Fases SET Fecha = '2003-02-01 00:00:00', Finalizado = 0 WHERE (((HOrdenes_Fases.Id)=5));"},
+    {"true_anywhere", W, "UPDATE HOrdenes SET Impreso = True", "UPDATE HOrdenes SET Impreso = -1"},
+    {"true_in_condition", R, "SELECT Numero FROM HOrdenes WHERE Impreso = True",
+     "SELECT Numero FROM HOrdenes WHERE Impreso = -1"},
+    {"euro_conversion", W, "UPDATE  HOrdenes_Lineas SET Precio = Format([Precio]/'166,386','Currency');",
+     "UPDATE  HOrdenes_Lineas SET Precio = jet_currency([Precio]/166.386,2);"},
+    {"quoted_locale_numbers", W,
+     "UPDATE HOrdenes Set Total_Divisa = '1.234,56', Base = '12,5', Total = '-3' WHERE (Numero = 7 )",
+     "UPDATE HOrdenes Set Total_Divisa = 1234.56, Base = 12.5, Total = -3 WHERE (Numero = 7 )"},
+    {"quoted_integer_and_flags", W,
+     "INSERT INTO HOrdenes_Fases ( ID, Codigo, Finalizado, Hora, Cantidad ) Values ( 3, '77', '1', '10:30:00', "
+     "-1 )",
+     "INSERT INTO HOrdenes_Fases ( ID, Codigo, Finalizado, Hora, Cantidad ) Values ( 3, 77, -1, '1899-12-30 "
+     "10:30:00', -1 )"},
+    {"yes_no_numbers", W, "INSERT INTO HOrdenes_Odontograma (Codigo, P11, P12, P13) VALUES (1, -1, 0, 1)",
+     "INSERT INTO HOrdenes_Odontograma (Codigo, P11, P12, P13) VALUES (1, -1, 0, -1)"},
+    {"zero_date_text", W, "INSERT INTO HOrdenes (Numero, Fecha_Cierre) VALUES (1, '0:00:00')",
+     "INSERT INTO HOrdenes (Numero, Fecha_Cierre) VALUES (1, '1899-12-30 00:00:00')"},
+    {"insert_select_without_from", W,
+     "INSERT INTO Recibos ( Id, Total, Fecha_Expedicion, Concepto ) SELECT 4 AS Expr1, '166,386' AS Expr2, "
+     "'01/02/2003' AS Expr3, 'Cobro' ;",
+     "INSERT INTO Recibos ( Id, Total, Fecha_Expedicion, Concepto ) SELECT 4 AS Expr1, 166.386 AS Expr2, "
+     "'2003-02-01 00:00:00' AS Expr3, 'Cobro' ;"},
+    {"serial_between", R,
+     "SELECT Numero From HAlbaranes WHERE (((Numero) Between 1 And 9) AND ((Fecha) Between 37653 And 37660))",
+     "SELECT Numero From HAlbaranes WHERE (((Numero) Between 1 And 9) AND ((Fecha) Between '2003-02-01 00:00:00' "
+     "And '2003-02-08 00:00:00'))"},
+    {"serial_compare_qualified", R, "SELECT Numero FROM HAlbaranes WHERE HAlbaranes.Fecha >= 37653.5",
+     "SELECT Numero FROM HAlbaranes WHERE HAlbaranes.Fecha >= '2003-02-01 12:00:00'"},
+    {"text_columns_keep_their_text", W, "INSERT INTO HFacturas (Numero, Serie, Codigo) VALUES (1, 'A', '0012')",
+     "INSERT INTO HFacturas (Numero, Serie, Codigo) VALUES (1, 'A', '0012')"},
+    {"like_is_left_to_the_engine", R, "SELECT Numero FROM HAlbaranes WHERE ((Codigo) Like 'C*')",
+     "SELECT Numero FROM HAlbaranes WHERE ((Codigo) Like 'C*')"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dialect, Translates,
+                         ::testing::ValuesIn(std::begin(kRewrites), std::end(kRewrites)),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Translate, InsertSelectStarIsSpelledOutByName) {
+    std::string out = translate(
+        "INSERT INTO HFacturas_Cabecera SELECT HHFacturas_Cabecera.* FROM HHFacturas_Cabecera WHERE(CIERRE = 3)", W,
+        Regional::esES());
+    std::string cols, sel;
+    for (const auto& c : catalog().table("HHFacturas_Cabecera")->columns) {
+        cols += (cols.empty() ? "" : ", ") + catalog().table("HFacturas_Cabecera")->column(c.name)->name;
+        sel += (sel.empty() ? "" : ", ") + std::string("HHFacturas_Cabecera.") + c.name;
+    }
+    EXPECT_EQ(out, "INSERT INTO HFacturas_Cabecera (" + cols + ") SELECT " + sel +
+                       " FROM HHFacturas_Cabecera WHERE(CIERRE = 3)");
+}
+
+TEST(Translate, RegionalSettingsReadTheQuotedValues) {
+    const char* in = "UPDATE HOrdenes SET Base = '1,234.5', Fecha = '02/01/2003'";
+    EXPECT_EQ(translate(in, W, Regional::enUS()), "UPDATE HOrdenes SET Base = 1234.5, Fecha = '2003-02-01 00:00:00'");
+    EXPECT_EQ(translate("UPDATE HOrdenes SET Base = '1.234,5', Fecha = '02/01/2003'", W, Regional::esES()),
+              "UPDATE HOrdenes SET Base = 1234.5, Fecha = '2003-01-02 00:00:00'");
+}
+
+struct Failure {
+    const char* name;
+    StatementKind kind;
+    const char* in;
+    long number;
+    const char* starts;
+};
+
+class Refuses : public ::testing::TestWithParam<Failure> {};
+
+TEST_P(Refuses, WithTheProviderNumber) {
+    const auto& c = GetParam();
+    try {
+        std::string out = translate(c.in, c.kind, Regional::esES());
+        ADD_FAILURE() << "translated to: " << out;
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), c.number) << e.description();
+        EXPECT_EQ(e.source(), err::SrcSql);
+        EXPECT_TRUE(e.description().starts_with(c.starts)) << e.description();
+    }
+}
+
+const Failure kFailures[] = {
+    {"stray_apostrophe", R, "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Reclamaciones 'Where Numero = 5",
+     err::SqlSyntax, "Syntax error in string in query expression ''Where Numero = 5'"},
+    {"apostrophe_inside_a_value", W, "INSERT INTO HFacturas (Numero, Razon_Social) VALUES (1, 'L'Hospitalet')",
+     err::SqlSyntax, "Syntax error"},
+    {"balanced_apostrophes_inside_a_value", W, "UPDATE HFacturas SET Razon_Social = 'D'Angelo's' WHERE Numero = 1",
+     err::SqlSyntax, "Syntax error (missing operator)"},
+    {"bare_decimal_comma", W, "INSERT INTO HOrdenes_Declaraciones ( Id, Codigo, Declaracion ) Values ( 1 , '2', 12,5 )",
+     err::SqlSyntax, "Number of query values and destination fields are not the same."},
+    {"insert_select_count", W, "INSERT INTO Recibos ( Id, Total ) SELECT 4 AS Expr1", err::SqlSyntax,
+     "Number of query values and destination fields are not the same."},
+    {"number_that_does_not_convert", W, "UPDATE HOrdenes SET Base = 'doce' WHERE Numero = 1", err::SqlTypeMismatch,
+     "Data type mismatch"},
+    {"date_that_does_not_convert", W, "INSERT INTO HOrdenes_Pruebas ( Id, Fecha ) Values ( 1, '31/02/2003' )",
+     err::SqlTypeMismatch, "Data type mismatch"},
+    {"flag_that_does_not_convert", W, "UPDATE HOrdenes SET Impreso = 'quizá'", err::SqlTypeMismatch,
+     "Data type mismatch"},
+    {"rate_that_does_not_convert", W, "UPDATE HOrdenes SET Base = Base / 'x'", err::SqlTypeMismatch,
+     "Data type mismatch"},
+    {"bad_hash_date", R, "SELECT Numero FROM HOrdenes WHERE Fecha = #13/13/2003#", err::SqlSyntax,
+     "Syntax error in date"},
+    {"second_statement", R, "SELECT Numero FROM HOrdenes; DELETE FROM HOrdenes", err::SqlPermission,
+     "Permission denied: only one statement"},
+    {"write_through_a_read", R, "DELETE FROM HOrdenes", err::SqlPermission, "Permission denied"},
+    {"read_through_a_write", W, "SELECT Numero FROM HOrdenes", err::SqlPermission, "Permission denied"},
+    {"other_statement", W, "DROP TABLE HOrdenes", err::SqlSyntax, "Invalid SQL statement"},
+    {"empty", R, "  ", err::SqlSyntax, "Invalid SQL statement"},
+    {"concatenation", R, "SELECT Serie & Numero FROM HOrdenes", err::SqlSyntax, "Syntax error"},
+    {"other_format_mask", W, "UPDATE HOrdenes SET Base = Format(Base, 'Fixed')", err::SqlSyntax, "Undefined function"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Dialect, Refuses, ::testing::ValuesIn(kFailures),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Tokenizer, PrintsBackByteForByteAndMarksUnterminatedStrings) {
+    const std::string text = "SELECT  [Base], 'it''s', #1/2/2003# ,Código\tFROM T WHERE x<>1.5e3;";
+    auto toks = tokenize(text);
+    std::string back;
+    for (const auto& t : toks) back += t.text;
+    EXPECT_EQ(back, text);
+    int strings = 0;
+    for (const auto& t : toks)
+        if (t.kind == Tok::String) {
+            ++strings;
+            EXPECT_EQ(unquote(t), "it's");
+        }
+    EXPECT_EQ(strings, 1);
+    auto bad = tokenize("FROM X 'Where N = 5");
+    EXPECT_TRUE(bad.back().unterminated);
+    EXPECT_EQ(bad.back().kind, Tok::String);
+}
+
+TEST(Literals, NumberLiteralsAndCurrencyRounding) {
+    const std::pair<double, const char*> literals[] = {{166.386, "166.386"}, {12, "12"}, {-0.5, "-0.5"},
+                                                      {1234.56, "1234.56"}, {0.1, "0.1"}};
+    for (auto [v, s] : literals) EXPECT_EQ(numberLiteral(v), s);
+    const std::pair<double, double> rounding[] = {{1000.0000001, 1000}, {2.675, 2.68},   {445.08255 / 166.386, 2.68},
+                                                  {0.125, 0.13},        {-0.125, -0.13}, {1 / 166.386, 0.01},
+                                                  {0.004999, 0}};
+    for (auto [v, r] : rounding) EXPECT_DOUBLE_EQ(roundCurrency(v, 2), r) << v;
+}
+
+TEST(Literals, HashDates) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"2003-02-01", "2003-02-01 00:00:00"}, {"2/1/2003", "2003-02-01 00:00:00"},
+        {"13/1/2003", "2003-01-13 00:00:00"},  {"2/1/2003 10:30:00", "2003-02-01 10:30:00"},
+        {"12:00:00 AM", "1899-12-30 00:00:00"}, {"1899-12-30 10:30:00", "1899-12-30 10:30:00"},
+    };
+    for (auto [in, iso] : cases) {
+        auto d = readHashDate(in);
+        ASSERT_TRUE(d) << in;
+        EXPECT_EQ(rt::isoText(*d), iso) << in;
+    }
+    for (const char* bad : {"", "2003", "32/13/2003", "10:75", "a/b/c"}) EXPECT_FALSE(readHashDate(bad)) << bad;
+}
+
+TEST(TextMatch, LikeAndComparison) {
+    struct Case {
+        const char* text;
+        const char* pattern;
+        bool match;
+    };
+    const Case cases[] = {
+        {"Élan", "é*", true},      {"élan", "É%", true},   {"C01", "c?1", true},  {"C01", "c_1", true},
+        {"C01", "C#1", true},  {"CX1", "C#1", false},     {"C01", "C0#", true},   {"abc", "a[a-c]c", true}, {"abc", "a[!b]c", false},
+        {"a*c", "a[*]c", true},    {"abc", "a[*]c", false}, {"ÑANDÚ", "ñandú", true}, {"abc", "*", true},
+        {"", "*", true},           {"", "?", false},       {"abcabc", "*bc*bc", true}, {"ab", "a", false},
+        {"Fabricación", "*CIÓN", true}, {"x%y", "x\\%y", true},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(likeMatch(c.text, c.pattern, c.pattern == std::string("x\\%y") ? U'\\' : 0), c.match)
+            << c.text << " Like " << c.pattern;
+    EXPECT_FALSE(likeMatch("xzy", "x\\%y", U'\\'));
+    EXPECT_EQ(compareNoCase("Cerrada", "CERRADA"), 0);
+    EXPECT_EQ(compareNoCase("Élan", "éLAN"), 0);
+    EXPECT_NE(compareNoCase("Elan", "Élan"), 0);
+    EXPECT_LT(compareNoCase("abc", "ABD"), 0);
+    EXPECT_GT(compareNoCase("abcd", "ABC"), 0);
+}
+
+}  // namespace
+}  // namespace hist::sql
