@@ -726,6 +726,9 @@ void Recordset::CancelBatch(int affectRecords) {
     std::optional<uint32_t> keep;
     if (pos_ == Pos::Row) keep = order_[idx_];
     if (pos_ == Pos::Deleted) keep = deletedRow_;
+    // A row added and now dropped gives way to the row that was current before it.
+    if (keep && d.statusOf(*keep) == RowStatus::Gone) keep = beforeAdd_;
+    beforeAdd_.reset();
     ++d.generation;
     computeOrder();
     settle(keep);

@@ -1,0 +1,249 @@
+// Connections and batch write-back on real archive files.
+#include <gtest/gtest.h>
+
+#include "ado_fixture.hpp"
+
+namespace hist {
+namespace {
+
+using testing::errorOf;
+using testing::TempArchive;
+
+constexpr const char* kSelect =
+    "SELECT Id, Codigo AS Código, Descripcion AS Descripción, Fecha FROM HOrdenes_Comentarios WHERE Codigo > 0";
+
+struct Archive {
+    TempArchive file;
+    std::shared_ptr<ado::Connection> connect() const {
+        auto cn = std::make_shared<ado::Connection>();
+        cn->Open(file.source(300));
+        return cn;
+    }
+    std::shared_ptr<ado::Recordset> open(const std::shared_ptr<ado::Connection>& cn, const char* sql = kSelect) const {
+        auto rs = std::make_shared<ado::Recordset>();
+        rs->Open(sql, cn);
+        return rs;
+    }
+    // "Id:Descripcion" of every row, read on a connection of its own.
+    std::vector<std::string> rows() const {
+        auto rs = open(connect(), "SELECT Id, Descripcion FROM HOrdenes_Comentarios ORDER BY Id");
+        std::vector<std::string> out;
+        while (!rs->Eof()) {
+            const Variant d = rs->value("Descripcion");
+            out.push_back(std::to_string(rs->value("Id").asLong()) + ":" + (d.isNull() ? "NULL" : d.asString()));
+            rs->MoveNext();
+        }
+        return out;
+    }
+};
+
+void seed(ado::Connection& cn) {
+    cn.Execute("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Descripcion, Fecha) VALUES "
+               "(1, 10, 'uno', '2026-11-22 00:00:00'), (2, 10, 'dos', '2026-11-22 00:00:00'), "
+               "(3, 11, 'tres', NULL)");
+}
+
+TEST(Connection, UnopenedIsHeldAndRefusesUse) {
+    ado::Connection cn;
+    EXPECT_EQ(cn.State(), 0);
+    EXPECT_EQ(errorOf([&] { cn.BeginTrans(); }), err::ObjectClosed);
+    EXPECT_EQ(errorOf([&] { cn.CommitTrans(); }), err::ObjectClosed);
+    EXPECT_EQ(errorOf([&] { cn.RollbackTrans(); }), err::ObjectClosed);
+    EXPECT_EQ(errorOf([&] { cn.Close(); }), err::ObjectClosed);
+    EXPECT_EQ(errorOf([&] { cn.Execute("DELETE FROM Articulos WHERE 1 = 1"); }), err::InvalidConnection);
+}
+
+TEST(Connection, TransactionsNestAndGuardClose) {
+    Archive a;
+    auto cn = a.connect();
+    EXPECT_EQ(cn->State(), 1);
+    EXPECT_EQ(errorOf([&] { cn->Open(a.file.source()); }), err::ObjectOpen);
+    EXPECT_NE(errorOf([&] { cn->CommitTrans(); }), 0);  // no transaction begun
+    EXPECT_EQ(cn->BeginTrans(), 1);
+    seed(*cn);
+    EXPECT_EQ(cn->BeginTrans(), 2);
+    cn->Execute("DELETE FROM HOrdenes_Comentarios WHERE Id = 3");
+    cn->RollbackTrans();  // only the inner level goes
+    EXPECT_EQ(errorOf([&] { cn->Close(); }), err::InTransaction);
+    cn->CommitTrans();
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));
+    cn->Close();
+    EXPECT_EQ(cn->State(), 0);
+    EXPECT_EQ(errorOf([&] { cn->Close(); }), err::ObjectClosed);
+}
+
+TEST(Recordset, OpensWithTheSelectListNamesAndTypes) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    auto rs = a.open(cn);
+    EXPECT_EQ(rs->ActiveConnection(), cn);
+    EXPECT_EQ(rs->RecordCount(), 3);
+    auto f = rs->Fields();
+    EXPECT_EQ(f->Count(), 4);  // the row identity is not shown
+    EXPECT_EQ(f->Item(Variant(static_cast<int32_t>(1)))->Name(), "Código");
+    EXPECT_EQ(f->Item(Variant("descripción"))->Type(), 202);
+    EXPECT_EQ(f->Item(Variant("Descripción"))->DefinedSize(), 255);
+    EXPECT_EQ(f->Item(Variant("Fecha"))->Type(), 7);
+    EXPECT_EQ(f->Item(Variant("Fecha"))->Value(), Variant::date(46348));
+    EXPECT_EQ(f->Item(Variant("Id"))->Value(), Variant(static_cast<int32_t>(1)));
+}
+
+TEST(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    std::vector<std::string> seen;
+    cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection& c) {
+        EXPECT_EQ(&c, cn.get());
+        seen.push_back(std::string(op) + ": " + std::string(text));
+    });
+    auto rs = a.open(cn);
+    rs->setValue("Descripción", "UNO");
+    rs->MoveNext();
+    rs->Delete(1);
+    rs->AddNew();
+    rs->setValue("Id", 4);
+    rs->setValue("Código", "12");
+    rs->setValue("Descripción", "cuatro");
+    rs->Update();
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));  // nothing sent yet
+
+    rs->UpdateBatch(3);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:cuatro"}));
+    EXPECT_EQ(rs->EditMode(), 0);
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_EQ(seen[0], "UpdateBatch: UPDATE \"HOrdenes_Comentarios\" SET \"Descripcion\" = ? WHERE rowid = ? AND "
+                       "\"Descripcion\" = ?");
+    EXPECT_EQ(seen[1], "UpdateBatch: DELETE FROM \"HOrdenes_Comentarios\" WHERE rowid = ?");
+    EXPECT_EQ(seen[2], "UpdateBatch: INSERT INTO \"HOrdenes_Comentarios\" (\"Id\", \"Codigo\", \"Descripcion\") "
+                       "VALUES (?, ?, ?)");
+
+    // The new row learned its identity: a later change reaches it.
+    rs->setValue("Descripción", "CUATRO");
+    rs->UpdateBatch(1);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:CUATRO"}));
+    EXPECT_EQ(rs->value("Código"), Variant(static_cast<int32_t>(12)));
+}
+
+TEST(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredView) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    auto rs = a.open(cn);
+    rs->setValue("Descripción", "a");
+    rs->MoveNext();
+    rs->setValue("Descripción", "b");
+    rs->UpdateBatch(1);  // only the current row
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:tres"}));
+
+    rs->MoveLast();
+    rs->setValue("Descripción", "c");
+    rs->SetFilter(Variant("Código = 11"));
+    rs->UpdateBatch(3);  // rows hidden by the filter stay pending
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:c"}));
+    rs->SetFilter(Variant(""));
+    EXPECT_EQ(rs->EditMode(), 1);
+    rs->CancelBatch(3);
+    EXPECT_EQ(rs->value("Descripción").asString(), "uno");
+    rs->UpdateBatch(3);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:c"}));
+}
+
+TEST(UpdateBatch, CancelBatchRestoresWithoutTouchingTheArchive) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    auto rs = a.open(cn);
+    rs->Delete(1);
+    rs->MoveNext();
+    rs->setValue("Descripción", "x");
+    rs->AddNew();
+    rs->CancelBatch(3);
+    EXPECT_EQ(rs->RecordCount(), 3);
+    EXPECT_EQ(rs->value("Id").asLong(), 2);
+    EXPECT_EQ(rs->value("Descripción").asString(), "dos");
+    rs->UpdateBatch(3);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));
+}
+
+TEST(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
+    Archive a;
+    auto cn1 = a.connect();
+    auto cn2 = a.connect();
+    seed(*cn1);
+    auto first = a.open(cn1);
+    auto second = a.open(cn2);
+
+    first->setValue("Descripción", "primero");
+    first->UpdateBatch(3);
+
+    second->MoveLast();
+    second->setValue("Descripción", "otro");  // a row nobody else touched
+    second->MoveFirst();
+    second->setValue("Descripción", "segundo");  // the row changed since it was read
+    std::string description;
+    EXPECT_EQ(errorOf([&] { second->UpdateBatch(3); }, &description), err::SqlRowConflict);
+    EXPECT_EQ(description.rfind("Row cannot be located for updating", 0), 0u) << description;
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:primero", "2:dos", "3:tres"}));  // all or nothing
+    EXPECT_EQ(second->EditMode(), 1);  // still pending
+    EXPECT_EQ(cn2->TransactionLevel(), 0);
+
+    // A row deleted by someone else is a conflict as well.
+    auto third = a.open(cn2);
+    cn1->Execute("DELETE FROM HOrdenes_Comentarios WHERE Id = 2");
+    third->MoveNext();
+    third->Delete(1);
+    EXPECT_EQ(errorOf([&] { third->UpdateBatch(3); }), err::SqlRowConflict);
+
+    // Inside the caller's transaction the batch is a savepoint that leaves it open.
+    second->CancelBatch(3);
+    cn2->BeginTrans();
+    second->MoveLast();
+    second->setValue("Descripción", "en transacción");
+    second->UpdateBatch(3);
+    EXPECT_EQ(cn2->TransactionLevel(), 1);
+    cn2->RollbackTrans();
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:primero", "3:tres"}));
+}
+
+TEST(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    auto rs = a.open(cn, "SELECT MAX(Id) AS Nuevo_Codigo FROM HOrdenes_Comentarios WHERE Codigo = 10");
+    EXPECT_EQ(rs->value("Nuevo_Codigo"), Variant(static_cast<int32_t>(2)));
+    EXPECT_EQ(rs->Fields()->Item(Variant("Nuevo_Codigo"))->Type(), 3);
+    rs->setValue("Nuevo_Codigo", 5);
+    std::string description;
+    EXPECT_EQ(errorOf([&] { rs->UpdateBatch(3); }, &description), -2147467259L);
+    EXPECT_NE(description.find("Nuevo_Codigo"), std::string::npos);
+}
+
+TEST(Requery, RunsTheSelectionAgainKeepingFilterAndSort) {
+    Archive a;
+    auto cn = a.connect();
+    seed(*cn);
+    std::vector<std::string> ops;
+    cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection&) {
+        ops.push_back(std::string(op) + ": " + std::string(text));
+    });
+    auto rs = a.open(cn);
+    rs->SetFilter(Variant("Código = 10"));
+    rs->SetSort("Id DESC");
+    auto clone = rs->Clone();
+    rs->setValue("Descripción", "pendiente");
+    rs->Update();
+    cn->Execute("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Descripcion) VALUES (5, 10, 'cinco')");
+    rs->Requery();
+    EXPECT_EQ(ops, (std::vector<std::string>{std::string("Requery: ") + kSelect}));
+    EXPECT_EQ(rs->RecordCount(), 3);
+    EXPECT_EQ(rs->value("Id").asLong(), 5);  // first row of the sorted, filtered view
+    rs->MoveLast();
+    EXPECT_EQ(rs->value("Descripción").asString(), "uno");  // the pending change is gone
+    EXPECT_EQ(clone->RecordCount(), 3);  // the clone keeps the old rows
+    EXPECT_EQ(clone->value("Descripción").asString(), "pendiente");
+}
+
+}  // namespace
+}  // namespace hist
