@@ -178,6 +178,10 @@ private:
 Variant call(Object& obj, std::string_view member, Args& args);
 Variant call(const ObjectPtr& obj, std::string_view member, Args& args);  // 91 on no object
 Variant call(const Variant& obj, std::string_view member, Args& args);    // 91/424
+template <class T, class = std::enable_if_t<std::is_base_of_v<Object, T> && !std::is_same_v<Object, T>>>
+Variant call(const std::shared_ptr<T>& obj, std::string_view member, Args& args) {
+    return call(ObjectPtr(obj), member, args);
+}
 inline Variant call(const ObjectPtr& obj, std::string_view member) {
     Args none;
     return call(obj, member, none);

@@ -1,0 +1,179 @@
+// The host driven as a separate process over a pipe, as a script host drives it.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "host/host_process.hpp"
+
+namespace hist {
+namespace {
+
+using nlohmann::json;
+using testing::HostProcess;
+
+json askJson(HostProcess& h, const std::string& line) {
+    const std::string answer = h.ask(line);
+    EXPECT_FALSE(answer.empty()) << "no answer to " << line;
+    return answer.empty() ? json() : json::parse(answer);
+}
+
+TEST(HostProcessTest, RuntimeMembersFollowTheLocale) {
+    struct Call {
+        const char* request;      // call and args
+        const char* resultText;   // the result exactly as the answer writes it
+    };
+    struct Locale {
+        const char* name;
+        std::vector<Call> calls;
+    };
+    const Locale locales[] = {
+        {"es-ES",
+         {{R"("call":"rt.CDbl","args":["1.234,5"])", "1234.5"},
+          {R"("call":"rt.CInt","args":["2,5"])", "2"},
+          {R"("call":"rt.CLng","args":[{"double":3.5}])", "4"},
+          {R"("call":"rt.CStr","args":[0.5])", R"("0,5")"},
+          {R"("call":"rt.Val","args":["12,5"])", "12.0"},
+          {R"("call":"rt.IsNumeric","args":["1,5"])", "true"},
+          {R"("call":"rt.CBool","args":["0"])", "false"},
+          {R"("call":"rt.Format","args":[1234.5,"Standard"])", R"("1.234,50")"},
+          {R"("call":"rt.CDate","args":["22/11/2026 10:30:00"])", R"({"date":"2026-11-22T10:30:00"})"},
+          {R"("call":"rt.IsDate","args":["31/02/2026"])", "false"}}},
+        {"en-US",
+         {{R"("call":"rt.CDbl","args":["1,234.5"])", "1234.5"},
+          {R"("call":"rt.CInt","args":["2.5"])", "2"},
+          {R"("call":"rt.CStr","args":[0.5])", R"("0.5")"},
+          {R"("call":"rt.Val","args":["12,5"])", "12.0"},
+          {R"("call":"rt.Format","args":[1234.5,"Standard"])", R"("1,234.50")"},
+          {R"("call":"rt.CDate","args":["11/22/2026"])", R"({"date":"2026-11-22T00:00:00"})"},
+          {R"("call":"rt.CDbl","args":[{"int16":7}])", "7.0"}}},
+    };
+    for (const auto& loc : locales) {
+        HostProcess h({"--locale", loc.name});
+        EXPECT_EQ(h.ask(R"({"id":"n","new":"Runtime","as":"rt"})"), R"({"id":"n","ok":true})");
+        int id = 1;
+        for (const auto& c : loc.calls) {
+            const std::string line = "{\"id\":" + std::to_string(id++) + "," + c.request + "}";
+            const std::string answer = h.ask(line);
+            EXPECT_NE(answer.find(std::string("\"ok\":true,\"result\":") + c.resultText + ",\"args\":"),
+                      std::string::npos)
+                << loc.name << ": " << line << " -> " << answer;
+        }
+        EXPECT_EQ(h.wait(), 0);
+    }
+}
+
+TEST(HostProcessTest, FailuresCarryNumberSourceDescriptionAndArgs) {
+    HostProcess h({});
+    askJson(h, R"({"id":1,"new":"Runtime","as":"rt"})");
+    struct Case {
+        const char* line;
+        long number;
+    };
+    const Case cases[] = {
+        {R"({"id":2,"call":"rt.CInt","args":["abc"]})", 13},
+        {R"({"id":3,"call":"rt.CInt","args":[40000]})", 6},
+        {R"({"id":4,"call":"rt.CStr","args":[null]})", 94},
+        {R"({"id":5,"call":"rt.CInt"})", 449},
+        {R"({"id":6,"call":"rt.CInt","args":[1,2]})", 450},
+        {R"({"id":7,"call":"rt.NoSuch"})", 438},
+    };
+    for (const auto& c : cases) {
+        json a = askJson(h, c.line);
+        EXPECT_EQ(a["ok"], false) << c.line;
+        EXPECT_EQ(a["error"]["number"], c.number) << c.line;
+        EXPECT_TRUE(a["error"]["source"].is_string());
+        EXPECT_FALSE(a["error"]["description"].get<std::string>().empty());
+        EXPECT_TRUE(a.contains("args")) << "args as they stood at the failure";
+        EXPECT_EQ(a["sql"], json::array());
+    }
+    json wrong = askJson(h, R"({"id":8,"call":"rt.CInt","args":[1,2]})");
+    EXPECT_EQ(wrong["error"]["description"], "Wrong number of arguments or invalid property assignment");
+    EXPECT_EQ(wrong["args"], json::parse("[1,2]"));
+}
+
+TEST(HostProcessTest, ObjectsKeepTheirNamesForTheSession) {
+    HostProcess h({});
+    askJson(h, R"({"id":1,"new":"Collection","as":"c"})");
+    askJson(h, R"({"id":2,"new":"Collection","as":"inner"})");
+    // An object with a name comes back under it.
+    askJson(h, R"({"id":3,"call":"c.Add","args":[{"ref":"inner"},"in"]})");
+    json byKey = askJson(h, R"({"id":4,"call":"c.Item","args":["IN"]})");
+    EXPECT_EQ(byKey["result"], json::parse(R"({"ref":"inner","collection":[]})"));
+
+    // A collection passed by value gets a generated name, the same each time it comes back.
+    json added = askJson(h, R"({"id":5,"call":"c.Add","args":[{"collection":[1,2.5,"x"]}]})");
+    ASSERT_TRUE(added["args"][0].contains("ref"));
+    const std::string gen = added["args"][0]["ref"];
+    EXPECT_EQ(added["args"][0]["collection"], json::parse(R"([1,2.5,"x"])"));
+    json again = askJson(h, R"({"id":6,"call":"c.Item","args":[2]})");
+    EXPECT_EQ(again["result"]["ref"], gen);
+    json third = askJson(h, R"({"id":7,"call":"c.Item","args":[2]})");
+    EXPECT_EQ(third["result"]["ref"], gen);
+
+    // The generated name can be called in turn.
+    json count = askJson(h, R"({"id":8,"call":")" + gen + R"(.Count"})");
+    EXPECT_EQ(count["result"], 3);
+
+    // After release the name is gone; the object comes back under a new one.
+    EXPECT_EQ(askJson(h, R"({"id":9,"release":")" + gen + R"("})")["ok"], true);
+    json gone = askJson(h, R"({"id":10,"call":")" + gen + R"(.Count"})");
+    EXPECT_EQ(gone["ok"], false);
+    EXPECT_EQ(gone["error"]["number"], 424);
+    json renamed = askJson(h, R"({"id":11,"call":"c.Item","args":[2]})");
+    EXPECT_NE(renamed["result"]["ref"], gen);
+
+    json members = askJson(h, R"({"id":12,"members":"Collection"})");
+    EXPECT_EQ(members["members"], json::parse(R"(["Add","Count","Item","Remove"])"));
+    EXPECT_EQ(h.wait(), 0);
+}
+
+TEST(HostProcessTest, MalformedLinesAreAnsweredAndTheHostGoesOn) {
+    HostProcess h({});
+    struct Case {
+        const char* line;
+        json id;
+    };
+    const Case cases[] = {
+        {"this is not json", nullptr},
+        {R"({"id":1,"new":"Runtime")", nullptr},  // cut short
+        {R"([1,2,3])", nullptr},
+        {R"("call")", nullptr},
+        {R"({"id":2})", 2},
+        {R"({"id":3,"new":"NoSuchClass","as":"x"})", 3},
+        {R"({"id":4,"call":"nobody.Count"})", 4},
+        {R"({"id":5,"call":"nodot"})", 5},
+        {R"({"id":6,"call":"a.b.c"})", 6},
+        {R"({"id":"seven","new":"Collection","as":"c","call":"c.Count"})", "seven"},
+        {R"({"id":8,"new":"Collection","as":"c2"})", nullptr},  // valid: checked below
+        {R"({"id":9,"call":"c2.Add","args":[{"bogus":1}]})", 9},
+        {R"({"id":10,"call":"c2.Add","args":[[1]]})", 10},
+        {R"({"id":11,"call":"c2.Add","args":{"a":1}})", 11},
+        {R"({"id":12,"exec":"UPDATE HOrdenes SET Estado = 1 WHERE Id = 0","base":4})", 12},
+        {R"({"id":13,"query":"SELECT * FROM HOrdenes WHERE Id = 0","base":4})", 13},
+    };
+    for (const auto& c : cases) {
+        json a = askJson(h, c.line);
+        if (std::string(c.line).find("\"id\":8,") != std::string::npos) {
+            EXPECT_EQ(a["ok"], true);
+            continue;
+        }
+        EXPECT_EQ(a["ok"], false) << c.line;
+        EXPECT_EQ(a["id"], c.id) << c.line;
+        EXPECT_TRUE(a["error"]["number"].is_number_integer()) << c.line;
+        EXPECT_FALSE(a["error"]["description"].get<std::string>().empty()) << c.line;
+    }
+    // Blank lines get no answer; the next request is served.
+    h.send("");
+    EXPECT_EQ(h.ask(R"({"id":99,"call":"c2.Count"})"), R"({"id":99,"ok":true,"result":0,"args":[],"sql":[],"events":{}})");
+    EXPECT_EQ(h.wait(), 0);
+}
+
+TEST(HostProcessTest, BadOptionsStopTheHostBeforeServing) {
+    HostProcess h({"--locale", "fr-FR"});
+    EXPECT_EQ(h.wait(), 2);
+    HostProcess h2({"--bogus"});
+    EXPECT_EQ(h2.wait(), 2);
+}
+
+}  // namespace
+}  // namespace hist

@@ -1,0 +1,195 @@
+// The host protocol in-process: value encodings both ways, by-reference arguments,
+// events and statements of a call, property writes.
+#include "host/session.hpp"
+
+#include <gtest/gtest.h>
+
+#include "host/registration.hpp"
+#include "platform/collection.hpp"
+#include "platform/dispatch.hpp"
+#include "platform/host_objects.hpp"
+#include "platform/regional.hpp"
+
+namespace hist {
+namespace {
+
+using host::Json;
+
+// A class whose members write their arguments, beep, raise events and send
+// statements, as the record classes do.
+class HostProbe : public Object {
+public:
+    std::string_view typeName() const override { return "HostProbe"; }
+    static inline host::StatementLog* log = nullptr;
+
+    void Requery(std::string& sSelecSql, DateValue& dtFecha) {
+        if (sSelecSql.empty()) sSelecSql = "Todos";
+        dtFecha.serial += 1;
+    }
+    // Walks a list box as the filter builder does, leaving it on its last row.
+    std::string Walk(ObjectPtr& ctl) {
+        auto c = std::dynamic_pointer_cast<Control>(ctl);
+        std::string out;
+        for (int32_t i = 0; i < c->get("ListCount").asLong(); ++i) {
+            c->set("ListIndex", Variant(i));
+            out += c->get("Text").asString();
+        }
+        return out;
+    }
+    void MoveNext() {
+        Events::raise(this, event::MoveComplete);
+        Events::beep();
+        Events::raise(this, event::MoveComplete);
+    }
+    void Update(ObjectPtr& cn) {
+        if (log) log->record({"UpdateBatch", 4, cn, "UPDATE T SET a = 1", "UPDATE T SET a = 1"});
+        raise(-2147217864, "historicos.recordset", "Row cannot be located for updating");
+    }
+    Variant Echo(const Variant& v) { return v; }
+
+    Variant value = Variant(int32_t{0});
+};
+
+class SessionTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        host::registerAllClasses();
+        Registry::global()
+            .define<HostProbe>("HostProbe")
+            .method("Requery", {optRef("sSelecSql", PT::String), inout("dtFecha", PT::Date)}, &HostProbe::Requery)
+            .method("Walk", {inout("ctl", PT::Object)}, &HostProbe::Walk)
+            .method("MoveNext", {}, &HostProbe::MoveNext)
+            .method("Update", {inout("cn", PT::Object)}, &HostProbe::Update)
+            .method("Echo", {in("v")}, &HostProbe::Echo)
+            .property(
+                "Value", [](HostProbe& p) { return p.value; }, [](HostProbe& p, const Variant& v) { p.value = v; });
+    }
+    void SetUp() override {
+        HostProbe::log = &session.statements();
+        ask(R"({"id":0,"new":"HostProbe","as":"p"})");
+    }
+    void TearDown() override { HostProbe::log = nullptr; }
+
+    Json ask(const std::string& line) {
+        auto answer = session.handle(line);
+        EXPECT_TRUE(answer.has_value()) << line;
+        return answer ? Json::parse(*answer) : Json();
+    }
+    // The answer's result for Echo of a JSON value.
+    Json echo(const std::string& value) {
+        Json a = ask(R"({"id":1,"call":"p.Echo","args":[)" + value + "]}");
+        EXPECT_EQ(a["ok"], true) << value << " " << a.dump();
+        return a["result"];
+    }
+
+    host::Session session;
+    RegionalScope es{Regional::esES()};
+};
+
+TEST_F(SessionTest, ValuesTravelBothWays) {
+    struct Case {
+        const char* in;
+        const char* out;
+    };
+    const Case cases[] = {
+        {"null", "null"},
+        {R"({"empty":true})", R"({"empty":true})"},
+        {R"({"nothing":true})", R"({"nothing":true})"},
+        {"true", "true"},
+        {"5", "5"},
+        {R"({"int16":5})", "5"},
+        {"2.5", "2.5"},
+        {R"({"double":5})", "5.0"},
+        {"900.0", "900.0"},
+        {"1e300", "1e+300"},
+        {R"("año")", R"("año")"},
+        {R"({"date":"2026-11-22"})", R"({"date":"2026-11-22T00:00:00"})"},
+        {R"({"date":"2026-11-22T10:30:00"})", R"({"date":"2026-11-22T10:30:00"})"},
+        {R"({"date":"T10:30:00"})", R"({"date":"1899-12-30T10:30:00"})"},
+        {R"({"columns":[{"Caption":"Orden","Visible":true,"Alignment":1,"DataField":"Orden"}]})",
+         R"({"columns":[{"Caption":"Orden","Visible":true,"Alignment":1,"DataField":"Orden"}]})"},
+        {R"({"control":{"kind":"TextBox","DataField":"Nombre","Text":"Ana"}})",
+         R"({"control":{"kind":"TextBox","DataField":"Nombre","Text":"Ana"}})"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(echo(c.in).dump(), Json::parse(c.out).dump()) << c.in;
+
+    // Whole numbers out of their kind's range overflow on the way in.
+    for (const char* v : {R"({"int16":40000})", "3000000000", "-2147483649"}) {
+        Json a = ask(std::string(R"({"id":2,"call":"p.Echo","args":[)") + v + "]}");
+        EXPECT_EQ(a["error"]["number"], 6) << v;
+    }
+}
+
+TEST_F(SessionTest, ByReferenceArgumentsComeBackAfterTheCall) {
+    Json a = ask(R"({"id":1,"call":"p.Requery","args":["",{"date":"2026-11-22"}]})");
+    ASSERT_EQ(a["ok"], true) << a.dump();
+    EXPECT_FALSE(a.contains("result")) << "a member that returns nothing has no result";
+    EXPECT_EQ(a["args"].dump(), R"(["Todos",{"date":"2026-11-23T00:00:00"}])");
+
+    // A missing argument in the middle stays missing; a trailing omitted one is absent.
+    Json m = ask(R"({"id":2,"call":"p.Requery","args":[{"missing":true},{"date":"2026-11-22"}]})");
+    EXPECT_EQ(m["args"].dump(), R"([{"missing":true},{"date":"2026-11-23T00:00:00"}])");
+
+    // A list box comes back with all its properties as the member left them.
+    Json w = ask(
+        R"({"id":3,"call":"p.Walk","args":[{"control":{"kind":"ListBox","DataField":"Nombre","List":["A","B","C"]}}]})");
+    ASSERT_EQ(w["ok"], true) << w.dump();
+    EXPECT_EQ(w["result"], "ABC");
+    const Json& ctl = w["args"][0]["control"];
+    EXPECT_EQ(ctl["kind"], "ListBox");
+    EXPECT_EQ(ctl["ListIndex"], 2);
+    EXPECT_EQ(ctl["Text"], "C");
+    EXPECT_EQ(ctl["ListCount"], 3);
+    EXPECT_EQ(ctl["List"], Json::parse(R"(["A","B","C"])"));
+}
+
+TEST_F(SessionTest, EventsAndStatementsBelongToTheirCall) {
+    Json a = ask(R"({"id":1,"call":"p.MoveNext"})");
+    EXPECT_EQ(a["events"].dump(), R"({"MoveComplete":2,"beep":1})");
+    EXPECT_EQ(a["sql"], Json::array());
+
+    ask(R"({"id":2,"new":"Collection","as":"cn"})");
+    Json u = ask(R"({"id":3,"call":"p.Update","args":[{"ref":"cn"}]})");
+    EXPECT_EQ(u["ok"], false);
+    EXPECT_EQ(u["error"]["number"], -2147217864);
+    EXPECT_EQ(u["error"]["source"], "historicos.recordset");
+    EXPECT_EQ(u["events"], Json::object()) << "counts start again with each call";
+    ASSERT_EQ(u["sql"].size(), 1u) << "statements sent before the failure are reported";
+    EXPECT_EQ(u["sql"][0].dump(),
+              R"({"op":"UpdateBatch","base":4,"conn":"cn","text":"UPDATE T SET a = 1","sent":"UPDATE T SET a = 1"})");
+
+    Json next = ask(R"({"id":4,"call":"p.Echo","args":[1]})");
+    EXPECT_EQ(next["sql"], Json::array());
+}
+
+TEST_F(SessionTest, PropertiesAreWrittenWithSet) {
+    Json s = ask(R"({"id":1,"call":"p.Value","set":{"date":"2026-01-02"}})");
+    ASSERT_EQ(s["ok"], true) << s.dump();
+    EXPECT_FALSE(s.contains("result"));
+    EXPECT_FALSE(s.contains("args"));
+    EXPECT_TRUE(s.contains("sql"));
+    EXPECT_TRUE(s.contains("events"));
+    EXPECT_EQ(ask(R"({"id":2,"call":"p.Value"})")["result"].dump(), R"({"date":"2026-01-02T00:00:00"})");
+    Json ro = ask(R"({"id":3,"call":"p.Echo","set":1})");
+    EXPECT_EQ(ro["error"]["number"], 450);
+}
+
+TEST_F(SessionTest, NewWithoutANameReturnsARef) {
+    Json a = ask(R"({"id":1,"new":"Collection"})");
+    ASSERT_EQ(a["ok"], true);
+    const std::string name = a["result"]["ref"];
+    EXPECT_EQ(ask(R"({"id":2,"call":")" + name + R"(.Count"})")["result"], 0);
+    EXPECT_EQ(ask(R"({"id":3,"release":"nobody"})")["ok"], false);
+    EXPECT_EQ(ask(R"({"id":4,"members":"NoSuchClass"})")["ok"], false);
+}
+
+TEST_F(SessionTest, ACollectionHoldingItselfIsStillAnswered) {
+    ask(R"({"id":1,"new":"Collection","as":"c"})");
+    ask(R"({"id":2,"call":"c.Add","args":[{"ref":"c"}]})");
+    Json a = ask(R"({"id":3,"call":"c.Item","args":[1]})");
+    ASSERT_EQ(a["ok"], true);
+    EXPECT_EQ(a["result"]["ref"], "c");
+}
+
+}  // namespace
+}  // namespace hist
