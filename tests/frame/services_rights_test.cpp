@@ -17,7 +17,7 @@ using ::testing::HasSubstr;
 using test::ScratchDir;
 
 // Installs a configuration whose settings live in a scratch folder, and a user.
-class RightsTest : public ::testing::Test {
+class ServicesRights : public ::testing::Test {
 protected:
     void SetUp() override {
         Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
@@ -32,7 +32,7 @@ protected:
     ScratchDir dir;
 };
 
-TEST_F(RightsTest, KeysAreBuiltFromTheApplicationIdentity) {
+TEST_F(ServicesRights, KeysAreBuiltFromTheApplicationIdentity) {
     AppIdentity app;
     EXPECT_EQ(securityKey(app), "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\");
     app.companyName = "Dental Sur";
@@ -46,7 +46,7 @@ TEST_F(RightsTest, KeysAreBuiltFromTheApplicationIdentity) {
     EXPECT_EQ(s.GetRutaSeguridad("SOFTWARE\\X\\Y\\1.0\\Seguridad\\"), "SOFTWARE\\X\\Y\\1.0\\Seguridad\\");
 }
 
-TEST_F(RightsTest, RefusalsArePerUserPathAndAction) {
+TEST_F(ServicesRights, RefusalsArePerUserPathAndAction) {
     AppIdentity app;
     RightsStore store(dir.str());
     EXPECT_TRUE(store.deny("ana", groupKey(app, "Facturas"), "Borrar"));
@@ -76,7 +76,7 @@ TEST_F(RightsTest, RefusalsArePerUserPathAndAction) {
     EXPECT_FALSE(s.bRestringido(path, id));
 }
 
-TEST_F(RightsTest, ADamagedRightsStoreFailsTheCheck) {
+TEST_F(ServicesRights, ADamagedRightsStoreFailsTheCheck) {
     RightsStore store(dir.str());
     test::writeFile(store.fileOf("ana"), "{\"version\": 1, \"keys\": {");
     ClsSeguridadUsuario s;
@@ -90,7 +90,7 @@ TEST_F(RightsTest, ADamagedRightsStoreFailsTheCheck) {
     }
 }
 
-TEST_F(RightsTest, OneSharedInstancePerThread) {
+TEST_F(ServicesRights, OneSharedInstancePerThread) {
     auto a = ClsSeguridadUsuario::shared();
     EXPECT_EQ(a, ClsSeguridadUsuario::shared());
     std::shared_ptr<ClsSeguridadUsuario> other;
@@ -110,7 +110,7 @@ CommandRun run(const std::vector<std::string>& args) {
     return {status, out.str(), err.str()};
 }
 
-TEST_F(RightsTest, CommandDeniesListsAndAllows) {
+TEST_F(ServicesRights, CommandDeniesListsAndAllows) {
     CommandRun r = run({"deny", "luis", "Facturas", "Borrar"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "refused: luis Facturas Borrar\n");
@@ -135,7 +135,7 @@ TEST_F(RightsTest, CommandDeniesListsAndAllows) {
     EXPECT_EQ(run({"list"}).out, "ana\tHist_Fabricacion\tImprimir\n");
 }
 
-TEST_F(RightsTest, CommandOptionsChooseFolderAndIdentity) {
+TEST_F(ServicesRights, CommandOptionsChooseFolderAndIdentity) {
     ScratchDir other;
     test::writeFile(other / "c.json", R"({"application": {"CompanyName": "Sur", "Major": 2}})");
     CommandRun r = run({"--config", (other / "c.json").string(), "--settings-dir", other.str(), "deny", "ana", "Facturas",
@@ -146,7 +146,7 @@ TEST_F(RightsTest, CommandOptionsChooseFolderAndIdentity) {
     EXPECT_TRUE(RightsStore(dir.str()).list().empty());  // the installed folder is untouched
 }
 
-TEST_F(RightsTest, CommandUsageAndFailures) {
+TEST_F(ServicesRights, CommandUsageAndFailures) {
     struct Case {
         std::vector<std::string> args;
         int status;
