@@ -1,0 +1,135 @@
+// The constructs the engine would read differently from the desktop engine, run
+// end to end (translator, then engine) and checked by the values they leave.
+#include <gtest/gtest.h>
+
+#include "archive_fixture.hpp"
+#include "platform/error.hpp"
+#include "sql/translator.hpp"
+
+namespace hist {
+namespace {
+
+using backend::StatementKind;
+using testing::TempArchive;
+
+class Dialect : public ::testing::Test {
+protected:
+    void SetUp() override { s = backend::openSession(archive.source()); }
+    long long write(const std::string& jet) {
+        return s->execute(sql::translate(jet, StatementKind::Write, Regional::esES()));
+    }
+    std::vector<std::vector<std::string>> read(const std::string& jet) {
+        return testing::run(*s, sql::translate(jet, StatementKind::Read, Regional::esES())).rows;
+    }
+    using Rows = std::vector<std::vector<std::string>>;
+
+    TempArchive archive;
+    std::unique_ptr<backend::Session> s;
+};
+
+TEST_F(Dialect, EuroConversionDividesByTheRateAndRoundsAsCurrency) {
+    struct Case {
+        const char* base;
+        const char* expected;
+    };
+    const Case cases[] = {{"166386", "1000"}, {"445.08255", "2.68"}, {"20.79825", "0.13"},
+                          {"-20.79825", "-0.13"}, {"1", "0.01"},      {"NULL", "NULL"}};
+    int n = 0;
+    for (const auto& c : cases)
+        write("INSERT INTO HOrdenes (Numero, Base, Total) VALUES (" + std::to_string(++n) + ", " + c.base + ", " +
+              c.base + ")");
+    write("UPDATE  HOrdenes SET Base = Format([Base]/'166,386','Currency'), Total = "
+          "Format([Total]/'166,386','Currency');");
+    auto rows = read("SELECT Base, Total FROM HOrdenes ORDER BY Numero");
+    ASSERT_EQ(rows.size(), std::size(cases));
+    for (size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i][0], cases[i].expected) << cases[i].base;
+        EXPECT_EQ(rows[i][1], cases[i].expected) << cases[i].base;
+    }
+}
+
+TEST_F(Dialect, DayNumbersCompareWithDatesAsTheirSerials) {
+    const char* stamps[] = {"2003-02-01 00:00:00", "2003-02-08 00:00:00", "2003-02-08 10:00:00",
+                            "2003-01-31 23:59:00"};
+    int n = 0;
+    for (const char* st : stamps)
+        write("INSERT INTO HAlbaranes (Numero, Fecha, Codigo, Serie, Facturado, Bloqueado) VALUES (" +
+              std::to_string(++n) + ", #" + st + "#, 'C1', 'a', 0, 0)");
+    auto rows = read(
+        "SELECT Numero From HAlbaranes WHERE (((Numero) Between 1 And 99) AND ((Fecha) Between 37653 And 37660) "
+        "AND ((Codigo) Like 'c*') AND ((Serie) Like 'A') AND ((Facturado)=0) AND ((Bloqueado)=0)) ORDER BY Numero;");
+    EXPECT_EQ(rows, (Rows{{"1", "1"}, {"2", "2"}}));  // the number and the hidden row identity
+}
+
+TEST_F(Dialect, PhaseStartAndEndWriteDatesAndFlags) {
+    write("INSERT INTO HOrdenes_Fases ( Id, Codigo, Fecha, Hora, Fecha_Fin, Hora_Fin, Empleado, Descripcion, "
+          "Cantidad, Fase, C_Fase, C_Empleado, Fecha_ent, Hora_ent, Tiempo, Fecha_Codigo, Finalizado ) Values ( "
+          "5,12 , #2003-02-01 00:00:00#,'10:30:00', #2003-02-01 00:00:00#, '0:00:00', 'Ana', 'Colado', 2, 'E1', "
+          "'F1', 'E1', #2003-02-01 00:00:00#, '9:05:00', '1:15:00', #2003-02-01 00:00:00#, '1' )");
+    EXPECT_EQ(read("SELECT Hora, Hora_Fin, Hora_ent, Tiempo, Finalizado FROM HOrdenes_Fases WHERE ID = 5"),
+              (Rows{{"1899-12-30 10:30:00", "1899-12-30 00:00:00", "1899-12-30 09:05:00", "1899-12-30 01:15:00",
+                     "-1", "1"}}));
+    write("UPDATE HOrdenes_Fases SET HOrdenes_Fases.Fecha = '15/03/2003', HOrdenes_Fases.Finalizado = False WHERE "
+          "(((HOrdenes_Fases.Id)=5));");
+    EXPECT_EQ(read("SELECT Fecha, Finalizado FROM HOrdenes_Fases WHERE ID = 5"),
+              (Rows{{"2003-03-15 00:00:00", "0", "1"}}));
+    write("UPDATE HOrdenes_Fases SET HOrdenes_Fases.Fecha_Fin = '16/03/2003', HOrdenes_Fases.Finalizado = True "
+          "WHERE (((HOrdenes_Fases.Id)=5));");
+    EXPECT_EQ(read("SELECT Fecha_Fin, Finalizado FROM HOrdenes_Fases WHERE Finalizado = True"),
+              (Rows{{"2003-03-16 00:00:00", "-1", "1"}}));
+}
+
+TEST_F(Dialect, ReceiptInsertReadsLocaleNumbersAndDates) {
+    write("INSERT INTO Recibos ( Id, Numero, Contador, Fecha_Expedicion, Fecha_Vencimiento, Codigo, Valor_Divisa, "
+          "Total_Divisa, Total, Estado) SELECT 1 AS Expr1, 7 AS Expr2, 1 AS Expr, '01/02/2003' AS Expr3,'15/03/2003' "
+          "AS Expr4, 'C1' AS Expr5, '166,386' AS Expr6, '1.234,5' AS Expr7, '1.234,56' AS Expr8, -1 AS Expr9;");
+    EXPECT_EQ(read("SELECT Fecha_Expedicion, Fecha_Vencimiento, Valor_Divisa, Total_Divisa, Total, Estado FROM "
+                   "Recibos"),
+              (Rows{{"2003-02-01 00:00:00", "2003-03-15 00:00:00", "166.386", "1234.5", "1234.56", "-1", "1"}}));
+}
+
+TEST_F(Dialect, OdontogramFlagsAndQuotedCounts) {
+    write("INSERT INTO HOrdenes_Odontograma ( Id, Codigo, Articulador, Yeso_sup, Yeso_Inf, Fecha ) Values ( 1 , "
+          "'77', -1, '2', '0', #2003-02-01 00:00:00# )");
+    write("UPDATE HOrdenes_Odontograma SET P11 = -1, P12 = 0, P13 = -1 WHERE Codigo = 77");
+    EXPECT_EQ(read("SELECT Codigo, Articulador, Yeso_sup, Yeso_Inf, P11, P12, P13, P14 FROM HOrdenes_Odontograma"),
+              (Rows{{"77", "-1", "2", "0", "-1", "0", "-1", "0", "1"}}));
+}
+
+TEST_F(Dialect, HistoryMoveCopiesColumnsByName) {
+    write("INSERT INTO HHFacturas_Cabecera (Numero, Id, Nombre, Razon_Social, Cierre) VALUES (3, 1, 'Ana', "
+          "'Clínica Sol', 9)");
+    write("INSERT INTO HHFacturas_Cabecera (Numero, Id, Nombre, Cierre) VALUES (4, 1, 'Luis', 8)");
+    EXPECT_EQ(write("INSERT INTO HFacturas_Cabecera SELECT HHFacturas_Cabecera.* FROM HHFacturas_Cabecera "
+                    "WHERE(CIERRE = 9)"),
+              1);
+    EXPECT_EQ(read("SELECT Numero, Nombre, Razon_Social, Cierre FROM HFacturas_Cabecera"),
+              (Rows{{"3", "Ana", "Clínica Sol", "9", "1"}}));
+}
+
+TEST_F(Dialect, TextConditionsIgnoreCaseButNotAccents) {
+    const char* states[] = {"Cerrada", "CERRADA", "Fabricación", "fabricacion"};
+    int n = 0;
+    for (const char* st : states)
+        write("INSERT INTO HOrdenes (Numero, Cerrada, Serie) VALUES (" + std::to_string(++n) + ", '" + st + "', '" +
+              (n % 2 ? "A" : "a") + "')");
+    EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Cerrada <> 'Cerrada' ORDER BY Numero").size(), 2u);
+    EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Serie = 'A'").size(), 4u);
+    EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Cerrada = 'FABRICACIÓN'").size(), 1u);
+}
+
+TEST_F(Dialect, RefusedStatementsChangeNothing) {
+    write("INSERT INTO HOrdenes_Declaraciones ( Id, Codigo, Declaracion ) Values ( 1 , '2', 12 )");
+    const char* refused[] = {
+        "INSERT INTO HOrdenes_Declaraciones ( Id, Codigo, Declaracion ) Values ( 2 , '2', 12,5 )",
+        "UPDATE HOrdenes_Declaraciones SET Declaracion = 'doce'",
+        "UPDATE HOrdenes_Declaraciones SET Producto = 'L'Hospitalet'",
+        "DELETE FROM HOrdenes_Declaraciones; DELETE FROM HOrdenes",
+    };
+    for (const char* r : refused) EXPECT_THROW(write(r), Error) << r;
+    EXPECT_EQ(read("SELECT Id, Declaracion, Producto FROM HOrdenes_Declaraciones"),
+              (Rows{{"1", "12", "NULL", "1"}}));
+}
+
+}  // namespace
+}  // namespace hist
