@@ -4,10 +4,12 @@
 #include <iostream>
 #include <vector>
 
+#include "frame/services/rights.hpp"
 #include "host/options.hpp"
 #include "host/registration.hpp"
 #include "host/session.hpp"
 #include "platform/error.hpp"
+#include "sample/sample.hpp"
 
 namespace hist::host {
 
@@ -19,6 +21,8 @@ void usage(std::ostream& os) {
           "           options: --db PATH --config FILE --locale es-ES|en-US\n"
           "                    --now 2026-11-22T10:30:00 --user NAME --app-path DIR\n"
           "                    --work-dir DIR --settings-dir DIR\n"
+          "  init     create an archive: [--db PATH] [--force] [--sample [--orders N] [--seed S]]\n"
+          "  rights   refused rights: deny|allow USER GROUP ACTION, list [USER]\n"
           "  demo     the main job on the embedded default archive\n"
           "--trace shows every statement sent to the archive on standard error\n";
 }
@@ -66,6 +70,8 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
         return 0;
     }
     if (cmd == "host") return runHost(args, trace, in, out, err);
+    if (cmd == "init") return sample::initCommand(args, out, err);
+    if (cmd == "rights") return services::rightsCommand(args, out, err);
     err << "historicos: unknown command '" << cmd << "'\n";
     usage(err);
     return 2;
