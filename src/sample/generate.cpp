@@ -542,7 +542,7 @@ Result generate(const std::string& dbPath, const Options& opt) {
         // put back afterwards.
         const std::string journal = db.pragma("journal_mode");
         const std::string sync = db.pragma("synchronous");
-        db.exec("PRAGMA journal_mode=OFF");
+        if (db.pragma("journal_mode=OFF") != "off") db.exec("PRAGMA journal_mode=MEMORY");
         db.exec("PRAGMA synchronous=OFF");
         db.exec("PRAGMA cache_size=-131072");
         db.exec("BEGIN");

@@ -2,7 +2,9 @@
 // forms, determinism, and the init command.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -394,16 +396,16 @@ TEST(SampleGenerate, RefusesAnArchiveThatAlreadyHoldsDocuments) {
 TEST(SampleGenerate, ReportsProgressUpToTheTotal) {
     const std::string path = (tempDir() / "progress.db").string();
     hs::Options opt;
-    opt.orders = 9000;
+    opt.orders = 5000;
     std::vector<std::size_t> seen;
     opt.progress = [&](std::size_t done, std::size_t total) {
-        EXPECT_EQ(total, 9000u);
+        EXPECT_EQ(total, 5000u);
         seen.push_back(done);
     };
     hs::generate(path, opt);
     ASSERT_GE(seen.size(), 2u);
     EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-    EXPECT_EQ(seen.back(), 9000u);
+    EXPECT_EQ(seen.back(), 5000u);
 }
 
 struct InitCase {
@@ -436,6 +438,17 @@ TEST(SampleInit, CommandLine) {
     }
     // The forced run replaced the archive: 50 orders, not 40 + 50.
     EXPECT_EQ(Query(db).scalar("SELECT COUNT(*) FROM HOrdenes"), 50);
+
+    // A file that is not an archive is not overwritten either.
+    const std::string other = (tempDir() / "notes.txt").string();
+    std::ofstream(other) << "lista de la compra: escayola, cera, silicona\n";
+    std::ostringstream out, err;
+    EXPECT_EQ(hs::initCommand({"init", "--db", other, "--sample"}, out, err), 1);
+    EXPECT_NE(err.str().find("use --force"), std::string::npos) << err.str();
+    std::ifstream back(other);
+    std::string firstLine;
+    std::getline(back, firstLine);
+    EXPECT_EQ(firstLine, "lista de la compra: escayola, cera, silicona");
 }
 
 TEST(SampleInit, SummaryShowsCountsAndNewestDocuments) {
