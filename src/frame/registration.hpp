@@ -8,7 +8,9 @@
 //
 // A name on the list that is neither the class's own nor a frame member, or an own
 // member missing from the list, is a programming error (std::logic_error at
-// registration), so a class offers exactly its interface.
+// registration, and the registry is left as it was), so a class offers exactly
+// its interface. Calls by name find a class in the registry it was defined in;
+// hosts use Registry::global().
 #include <functional>
 #include <initializer_list>
 #include <span>
@@ -40,16 +42,19 @@ ClassInfo& defineRecordClass(Registry& r, const ClassVariants& v, InterfaceList 
     if (ownMembers) ownMembers(ownBuilder);
     checkOwnMembersListed(own, order);
 
-    ClassInfo& info = r.define<T>(std::string(v.className)).info();
+    // The whole list is built first, so a refused list leaves the registry as it was.
+    ClassInfo built(std::string(v.className), {});
     for (std::string_view name : order) {
         if (const Member* m = own.find(name)) {
-            info.add(*m);
-        } else if (!addFrameMember(info, name, v)) {
+            built.add(*m);
+        } else if (!addFrameMember(built, name, v)) {
             throw std::logic_error(std::string(v.className) + ": no member " + std::string(name) +
                                    " in the class or the frame");
         }
     }
-    addDataSourceMembers(info);
+    addDataSourceMembers(built);
+    ClassInfo& info = r.define<T>(std::string(v.className)).info();
+    for (const Member& m : built.members()) info.add(m);
     return info;
 }
 

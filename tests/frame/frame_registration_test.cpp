@@ -1,0 +1,131 @@
+// Publishing record classes: the interface list decides the members and their order,
+// the variants decide the argument shapes, and a list that names something neither
+// the class nor the frame has is refused at registration.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "frame/registration.hpp"
+#include "frame/saved_order.hpp"
+#include "platform/error.hpp"
+
+namespace hist::frame {
+namespace {
+
+constexpr ClassVariants kProbe{
+    .className = "ClsProbe",
+    .table = "HProbe",
+    .selectSql = "SELECT Id FROM HProbe",
+    .selectionKey = "Codigo",
+    .noneClause = " Where Id = 0",
+    .open = OpenForm::B,
+    .selectionDate = SelectionDate::FechaSql,
+    .orderOnIniciaRs = true,
+    .orderOnRequery = true,
+    .requeryDefaultKey = "Todos",
+    .update = UpdateForm::All,
+    .del = DeleteForm::Batch,
+    .find = FindField::Second,
+    .events = EventForm::Event,
+    .addNewKey = AddNewKey::RecordCount,
+    .nuevoCodigo = NuevoCodigoForm::WholeTable,
+    .nuevoCodigoColumn = "Id",
+    .nuevoCodigoCloses = false,
+    .deleteAll = DeleteAllForm::NumberOneBlank,
+    .deleteAllKey = "Codigo",
+    .deleteAllDateColumn = {},
+    .convertirSerieKey = "Codigo",
+    .updateId = UpdateIdForm::Counter,
+    .updateIdParent = "Código",
+};
+
+class ClsProbe : public RecordClass {
+public:
+    ClsProbe() : RecordClass(kProbe) {}
+    std::string Saludo() { return "hola"; }
+};
+
+TEST(FrameRegistration, OrderComesFromTheListAndOwnMembersSitAmongFrameMembers) {
+    Registry& r = Registry::global();
+    constexpr std::array<std::string_view, 4> order{"MoveNext", "Saludo", "sClassName", "MoveFirst"};
+    defineRecordClass<ClsProbe>(r, kProbe, order,
+                                [](ClassBuilder<ClsProbe>& b) { b.method("Saludo", {}, &ClsProbe::Saludo); });
+    const ClassInfo* info = r.find("ClsProbe");
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->listedNames(), (std::vector<std::string>{"MoveNext", "Saludo", "sClassName", "MoveFirst"}));
+    auto obj = r.create("ClsProbe");
+    EXPECT_EQ(call(obj, "Saludo"), Variant("hola"));
+    EXPECT_EQ(call(obj, "sClassName"), Variant("HProbe"));
+    // A frame member the list leaves out is not reachable.
+    Args none;
+    EXPECT_THROW(call(obj, "MoveLast", none), Error);
+}
+
+TEST(FrameRegistration, RefusesListsThatDoNotMatchTheClass) {
+    Registry& r = Registry::global();
+    constexpr std::array<std::string_view, 2> unknown{"MoveNext", "Inventado"};
+    EXPECT_THROW(defineRecordClass<ClsProbe>(r, kProbe, unknown), std::logic_error);
+
+    constexpr std::array<std::string_view, 1> withoutOwn{"MoveNext"};
+    EXPECT_THROW(defineRecordClass<ClsProbe>(
+                     r, kProbe, withoutOwn,
+                     [](ClassBuilder<ClsProbe>& b) { b.method("Saludo", {}, &ClsProbe::Saludo); }),
+                 std::logic_error);
+}
+
+TEST(FrameRegistration, UnsetRecordsetFailsAsAnUnsetObjectExceptTheSwallowingMembers) {
+    Registry& r = Registry::global();
+    constexpr std::array<std::string_view, 8> order{"MoveNext", "Update",        "Delete",           "ExistenRegistros",
+                                                    "Cancel",   "EditingRecord", "AbsolutePosition", "sClassName"};
+    defineRecordClass<ClsProbe>(r, kProbe, order);
+    auto obj = r.create("ClsProbe");
+    for (const char* name : {"MoveNext", "Update", "Delete", "ExistenRegistros", "Cancel"}) {
+        Args none;
+        try {
+            call(obj, name, none);
+            ADD_FAILURE() << name << " answered";
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), err::ObjectNotSet) << name;
+        }
+    }
+    EXPECT_EQ(call(obj, "EditingRecord"), Variant(false));
+    EXPECT_EQ(call(obj, "AbsolutePosition"), Variant(int32_t{0}));
+}
+
+TEST(FrameRegistration, GetDataMemberAnswersOnlyToPrimaryWithItsCase) {
+    Registry& r = Registry::global();
+    constexpr std::array<std::string_view, 1> order{"sClassName"};
+    defineRecordClass<ClsProbe>(r, kProbe, order);
+    auto obj = r.create("ClsProbe");
+    Args lower{Variant("primary"), Variant()};
+    call(obj, "Class_GetDataMember", lower);
+    EXPECT_TRUE(lower[1].isEmpty());
+    Args exact{Variant("Primary"), Variant()};
+    call(obj, "Class_GetDataMember", exact);
+    EXPECT_TRUE(exact[1].isNothing());  // no recordset yet: no object, no failure
+}
+
+TEST(FrameSavedOrder, StepRunsOnlyOnceInstalled) {
+    ClsProbe probe;
+    std::string key = "todos";
+    applySavedOrder(probe, key);  // nothing installed: nothing happens
+    EXPECT_EQ(key, "todos");
+
+    int runs = 0;
+    setSavedOrderStep([&](RecordClass& cls, std::string& k) {
+        ++runs;
+        EXPECT_EQ(cls.sClassName(), "HProbe");
+        k += "!";
+    });
+    applySavedOrder(probe, key);
+    setSavedOrderStep({});
+    applySavedOrder(probe, key);
+    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(key, "todos!");
+}
+
+}  // namespace
+}  // namespace hist::frame
