@@ -59,6 +59,14 @@ bool sameName(std::string_view a, std::string_view b) {
     return true;
 }
 
+size_t NameHash::operator()(std::string_view s) const noexcept {
+    size_t h = 1469598103934665603ull;
+    for (char c : s) h = (h ^ static_cast<unsigned char>(lower(c))) * 1099511628211ull;
+    return h;
+}
+
+bool NameEq::operator()(std::string_view a, std::string_view b) const noexcept { return sameName(a, b); }
+
 std::string Column::declaredType() const {
     switch (jet) {
         case JetType::Long: return "INTEGER";
@@ -73,15 +81,13 @@ std::string Column::declaredType() const {
 }
 
 const Column* Table::column(std::string_view n) const {
-    for (const Column& c : columns)
-        if (sameName(c.name, n)) return &c;
-    return nullptr;
+    auto it = index.find(n);
+    return it == index.end() ? nullptr : &columns[it->second];
 }
 
 const Table* Catalog::table(std::string_view n) const {
-    for (const Table& t : tables_)
-        if (sameName(t.name, n)) return &t;
-    return nullptr;
+    auto it = index_.find(n);
+    return it == index_.end() ? nullptr : &tables_[it->second];
 }
 
 Catalog Catalog::parse(std::string_view tsv) {
@@ -112,14 +118,16 @@ Catalog Catalog::parse(std::string_view tsv) {
         c.defaultValue = std::string(f[7]);
         c.key = std::string(f[8]);
         Table* t = nullptr;
-        for (Table& x : cat.tables_)
-            if (x.name == c.table) t = &x;
-        if (!t) {
-            cat.tables_.push_back(Table{c.table, {}});
+        if (auto it = cat.index_.find(c.table); it != cat.index_.end()) {
+            t = &cat.tables_[it->second];
+        } else {
+            cat.index_.emplace(c.table, cat.tables_.size());
+            cat.tables_.push_back(Table{c.table, {}, {}});
             t = &cat.tables_.back();
         }
         if (t->column(c.name)) malformed(line);
         c.ordinal = static_cast<int>(t->columns.size());
+        t->index.emplace(c.name, t->columns.size());
         t->columns.push_back(std::move(c));
     }
     return cat;

@@ -6,8 +6,10 @@
 //
 // The data is data/catalog.tsv, embedded in the library (catalog_data.cpp is
 // generated from it by data/embed_catalog.py).
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace hist::sql {
@@ -33,9 +35,21 @@ struct Column {
     std::string declaredType() const;
 };
 
+// Hashing and equality of names without regard to ASCII case, usable with views.
+struct NameHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const noexcept;
+};
+struct NameEq {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const noexcept;
+};
+using NameIndex = std::unordered_map<std::string, size_t, NameHash, NameEq>;
+
 struct Table {
     std::string name;
     std::vector<Column> columns;
+    NameIndex index;  // column name -> position
     // The column by name, case ignored; null when the table has none.
     const Column* column(std::string_view name) const;
 };
@@ -54,6 +68,7 @@ public:
 
 private:
     std::vector<Table> tables_;
+    NameIndex index_;  // table name -> position
 };
 
 // The library's catalog (parsed once from the embedded data).

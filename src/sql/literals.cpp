@@ -1,5 +1,6 @@
 #include "sql/literals.hpp"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -10,17 +11,11 @@
 namespace hist::sql {
 
 std::string numberLiteral(double d) {
+    if (d == 0) return "0";
     char buf[40];
-    if (d == std::floor(d) && std::fabs(d) < 1e15) {
-        std::snprintf(buf, sizeof buf, "%.0f", d);
-        if (std::strcmp(buf, "-0") == 0) return "0";
-        return buf;
-    }
-    for (int prec = 15; prec <= 17; ++prec) {
-        std::snprintf(buf, sizeof buf, "%.*g", prec, d);
-        if (std::strtod(buf, nullptr) == d) break;
-    }
-    return buf;
+    // The shortest text that reads back as the same double.
+    auto res = std::to_chars(buf, buf + sizeof buf, d);
+    return std::string(buf, res.ptr);
 }
 
 double roundCurrency(double value, int digits) {

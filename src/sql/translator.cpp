@@ -375,9 +375,9 @@ private:
                         replace(s, t.isWord("True") ? "-1" : "0");
                     } else if (t.isWord("Format") && s + 1 < count() && tok(s + 1).is("(")) {
                         formatCall(s);
-                    } else if (const Column* c = resolve(s); c && c->jet == JetType::Date &&
-                                                              !(s + 1 < count() && tok(s + 1).is("."))) {
-                        dateComparison(s);
+                    } else if (comparedWithNumber(s)) {
+                        const Column* c = resolve(s);
+                        if (c && c->jet == JetType::Date) dateComparison(s);
                     }
                     break;
                 case Tok::String: arithmeticOperand(s); break;
@@ -411,6 +411,21 @@ private:
             mismatch();
         }
         replace(s, numberLiteral(*v));
+    }
+
+    // Whether the name at s is compared with a bare number (looked at before the
+    // name is resolved, which costs more).
+    bool comparedWithNumber(size_t s) const {
+        size_t k = s + 1;
+        while (k < count() && tok(k).is(")")) ++k;
+        if (k + 1 >= count()) return false;
+        const Token& op = tok(k);
+        if (op.isWord("Not")) return k + 2 < count() && tok(k + 1).isWord("Between");
+        if (!(op.is("=") || op.is("<>") || op.is("<") || op.is(">") || op.is("<=") || op.is(">=") ||
+              op.isWord("Between")))
+            return false;
+        const Token& v = tok(k + 1);
+        return v.kind == Tok::Number || ((v.is("-") || v.is("+")) && k + 2 < count() && tok(k + 2).kind == Tok::Number);
     }
 
     // (Fecha) Between 37653 And 37660, Fecha >= 37653: day numbers become dates.
