@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "backends/engine.hpp"
 #include "frame/services/config.hpp"
 #include "platform/clock.hpp"
 #include "platform/error.hpp"
@@ -88,6 +89,16 @@ void applyHostOptions(const HostOptions& o) {
         std::error_code ec;
         std::filesystem::create_directories(dir, ec);
         if (ec) bad("cannot create the folder " + dir + ": " + ec.message());
+    }
+
+    // The archive is created with the catalog's tables when it does not exist yet.
+    if (!std::filesystem::exists(env.dbPath)) {
+        std::error_code ec;
+        std::filesystem::create_directories(std::filesystem::path(env.dbPath).parent_path(), ec);
+        backend::DataSource ds;
+        ds.path = env.dbPath;
+        ds.busyTimeoutMs = cfg.busyTimeoutMs;
+        backend::openSession(ds);
     }
 
     services::Configuration::install(std::move(cfg));

@@ -66,6 +66,7 @@ TEST(HostOptionsTest, ApplyingPutsThemInForce) {
     EXPECT_EQ(hostEnvironment().workDir, (home / "work").string());
     EXPECT_EQ(hostEnvironment().dbPath, (home / "archivo.db").string());
     EXPECT_EQ(services::Configuration::current()->archivePath(), (home / "archivo.db").string());
+    EXPECT_TRUE(std::filesystem::exists(home / "archivo.db")) << "a missing archive is created";
 
     host::HostOptions badNow;
     badNow.now = "mañana";
