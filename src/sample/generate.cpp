@@ -54,6 +54,13 @@ std::string batch(uint32_t lineIndex, uint64_t seed) {
     return buf;
 }
 
+// How long the piece was in the mouth, as the laboratory writes it down.
+std::string inMouth(int days) {
+    if (days < 14) return std::to_string(std::max(days, 1)) + (days > 1 ? " días" : " día");
+    if (days < 60) return std::to_string(days / 7) + " semanas";
+    return std::to_string(days / 30) + " meses";
+}
+
 std::string patientOf(const Plan& p, std::size_t order) {
     Rng r(p.seed, 0x20000000ull + order);
     if (r.chance(0.02)) return {};
@@ -276,7 +283,7 @@ void writeOrderSatellites(OrderSatellites& w, const Plan& p, const Doc& o, Rng& 
         const Employee& e = r.pick(employees());
         w.claims.i(++w.claimId).i(o.numero).t(c.code).tn(patient).yn(r.chance(0.3)).t(r.pick(claimIncidents()))
             .t("El doctor comunica la incidencia por teléfono y devuelve la pieza con el modelo.").t(e.name)
-            .t(std::to_string(r.range(1, 18)) + " meses").date(when);
+            .t(inMouth(when - o.closed)).date(when);
         if (r.chance(0.5)) w.claims.t("Revisión del modelo y del registro de mordida"); else w.claims.null();
         w.claims.t(c.razon).t("Laboratorio central").t(r.pick(claimActions()));
         const int solved = addWorkingDays(when, r.range(3, 20));
