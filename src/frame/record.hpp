@@ -15,20 +15,16 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/services/data_service.hpp"
 #include "frame/variants.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/object.hpp"
 #include "platform/variant.hpp"
 
-namespace hist::ado {
-class Connection;
-class Recordset;
-}  // namespace hist::ado
-
 namespace hist::frame {
 
-using ConnPtr = std::shared_ptr<ado::Connection>;
-using RsPtr = std::shared_ptr<ado::Recordset>;
+using services::ConnPtr;
+using services::RsPtr;
 
 // The iBase of nearly every data operation.
 inline constexpr int kBase = 4;

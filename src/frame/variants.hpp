@@ -64,6 +64,8 @@ enum class AddNewKey : uint8_t {
     NuevoCodigoPlusCount,    // NuevoCodigo(GetConnection) + RecordCount
 };
 
+// A field with a default holds the form most classes follow; a class's table names
+// the fields where it differs, and every field without a default.
 struct ClassVariants {
     std::string_view className;  // the class's registered name
     std::string_view table;      // what sClassName returns
@@ -73,18 +75,18 @@ struct ClassVariants {
     // "seleccion" adds " Where (<selectionKey> = <id> AND Fecha = <date> )";
     // "ninguno" adds noneClause.
     std::string_view selectionKey;
-    std::string_view noneClause;
+    std::string_view noneClause = " Where Id = 0";
     OpenForm open;
     SelectionDate selectionDate;
     bool orderOnIniciaRs;        // restore the saved order at the end of IniciaRs
     bool orderOnRequery;         // ... and of Requery
-    std::string_view requeryDefaultKey;  // written into an empty sSelecSql by Requery
+    std::string_view requeryDefaultKey = "Todos";  // written into an empty sSelecSql by Requery
 
     // Editing
-    UpdateForm update;
-    DeleteForm del;
-    FindField find;
-    EventForm events;
+    UpdateForm update = UpdateForm::All;
+    DeleteForm del = DeleteForm::Batch;
+    FindField find = FindField::Second;
+    EventForm events = EventForm::Event;
     AddNewKey addNewKey;
 
     // Statements
@@ -93,7 +95,7 @@ struct ClassVariants {
     bool nuevoCodigoCloses;              // close the recordset after reading the maximum
     DeleteAllForm deleteAll;
     std::string_view deleteAllKey;       // the key column of DeleteAll
-    std::string_view deleteAllDateColumn;// its date column (NumberAndDate only)
+    std::string_view deleteAllDateColumn = {};  // its date column (NumberAndDate only)
     std::string_view convertirSerieKey;  // the key column of ConvertirSerie
     UpdateIdForm updateId;
     std::string_view updateIdParent;     // the parent field UpdateId writes

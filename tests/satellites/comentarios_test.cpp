@@ -8,6 +8,8 @@
 
 #include "ado/connection.hpp"
 #include "ado/recordset.hpp"
+#include "frame/saved_order.hpp"
+#include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
@@ -214,18 +216,100 @@ TEST_F(Comments, NingunoOpensTheColumnsWithoutRowsAndDataMembersHoldPrimary) {
 }
 
 TEST_F(Comments, AFailedOpeningLeavesANeverOpenedRecordset) {
-    ClsPedidosCliComent pedidos;
+    ClsOrdenesComentarios ordenes;  // form A: DataMembers cleared before opening
+    ClsPedidosCliComent pedidos;    // form B: after
+    const std::vector<std::pair<frame::RecordClass*, size_t>> cases = {{&ordenes, 0}, {&pedidos, 1}};
+    for (auto [cls, membersLeft] : cases) {
+        SCOPED_TRACE(cls->typeName());
+        frame::ConnPtr cn;
+        std::string key = "todos";
+        Variant id;
+        DateValue fecha = kFecha;
+        cls->IniciaRs(cn, key, id, fecha);
+        auto first = cls->primaryRecordset();
+
+        key = "seleccion";
+        id = Variant("7'");  // breaks the statement
+        EXPECT_THROW(cls->IniciaRs(cn, key, id, fecha), Error);
+        EXPECT_NE(cls->primaryRecordset(), first);
+        EXPECT_EQ(first->State(), 1) << "the old recordset is released, not closed";
+        EXPECT_EQ(cls->dataMembers()->names().size(), membersLeft);
+        try {
+            cls->MoveNext();
+            ADD_FAILURE() << "moved";
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), err::ObjectClosed);
+        }
+    }
+}
+
+TEST_F(Comments, TheSavedOrderStepEndsIniciaRsOrRequeryAsEachClassDeclares) {
+    std::vector<std::string> keys;
+    frame::setSavedOrderStep([&](frame::RecordClass& cls, std::string& key) {
+        keys.push_back(std::string(cls.typeName()) + ":" + key);
+    });
+    ClsOrdenesComentarios ordenes;
+    ClsFacturasComentarios facturas;
+    frame::ConnPtr cn;
+    Variant id;
+    DateValue fecha;
+    std::string key, again;
+    ordenes.IniciaRs(cn, key, id, fecha);
+    ordenes.Requery(again);
+    key.clear();
+    again.clear();
+    facturas.IniciaRs(cn, key, id, fecha);
+    facturas.Requery(again);
+    frame::setSavedOrderStep({});
+    EXPECT_EQ(keys, (std::vector<std::string>{"ClsOrdenesComentarios:Todos", "ClsFacturasComentarios:todos",
+                                              "ClsFacturasComentarios:Todos"}));
+}
+
+TEST_F(Comments, ByNameIniciaRsWritesItsInOutArgumentsBack) {
+    registerCommentClasses(Registry::global());
+    auto ordenes = Registry::global().create("ClsOrdenesComentarios");
+    Args args{Variant::nothing(), Variant("cualquiera")};
+    call(ordenes, "IniciaRs", args);
+    EXPECT_EQ(args[1], Variant("todos"));
+    EXPECT_TRUE(args[0].objectAs<ado::Connection>()) << "form A fills the caller's connection";
+    Args data{Variant("Primary"), Variant()};
+    call(ordenes, "Class_GetDataMember", data);
+    EXPECT_TRUE(data[1].objectAs<ado::Recordset>());
+    EXPECT_EQ(call(ordenes, "ExistenRegistros"), Variant(false));
+}
+
+TEST_F(Comments, ReportDataComesFromTheDataService) {
+    ClsOrdenesComentarios ordenes;
+    ClsAlbaranesComentarios albaranes;
+    services::ClsServicioDatos service;
+    std::string a[5], b[5], c[5];
+    service.GetConnectionStrToRpt(4, c[0], c[1], c[2], c[3], c[4]);
+    ordenes.GetConnectionStrToRpt(a[0], a[1], a[2], a[3], a[4]);
+    albaranes.GetConnectionStrToRpt(b[0], b[1], b[2], b[3], b[4]);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(a[i], c[i]);
+        EXPECT_EQ(b[i], c[i]);
+    }
+    EXPECT_EQ(albaranes.GetConnectionStr(), service.GetConnectionStr(4));
+    std::string rpt = "albaran.rpt";
+    const std::string full = albaranes.GetRptPath(rpt);
+    EXPECT_EQ(full, service.GetRptPath("albaran.rpt"));
+    EXPECT_EQ(rpt, full);
+}
+
+TEST_F(Comments, OrdersAskTheServerDateBranchAndGetTheSameLiteral) {
+    services::Config c = *services::Configuration::current();
+    c.fechaServidor = false;
+    services::Configuration::install(c);
+    ClsOrdenesComentarios ordenes;
     frame::ConnPtr cn;
     std::string key = "seleccion";
-    Variant id("7'");  // breaks the statement
+    Variant id(int32_t{7});
     DateValue fecha = kFecha;
-    EXPECT_THROW(pedidos.IniciaRs(cn, key, id, fecha), Error);
-    try {
-        pedidos.MoveNext();
-        ADD_FAILURE() << "moved";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), err::ObjectClosed);
-    }
+    ordenes.IniciaRs(cn, key, id, fecha);
+    EXPECT_EQ(log.texts("AbrirRs"),
+              std::vector<std::string>{"SELECT Id, Codigo AS Código, Comentarios, Descripcion as Descripción, Fecha "
+                                       "FROM HOrdenes_Comentarios Where (Codigo = 7 AND Fecha = " + kLit + " )"});
 }
 
 TEST_F(Comments, RequeryKeepsTheSelectionAndNamesTheEmptyKeyTodos) {
