@@ -15,7 +15,7 @@ inline constexpr const char* kSource = "historicos.sample";
 class Db {
 public:
     explicit Db(const std::string& path) {
-        if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
             std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
             sqlite3_close(db_);
             throw hist::Error(err::InvalidCall, kSource, "Cannot open " + path + ": " + msg);
