@@ -533,7 +533,6 @@ void Recordset::Requery(long /*options*/) {
     // The old rows stay with the clones, which are no longer in step with this one.
     std::shared_ptr<Connection> cn = cn_;
     load([&](backend::RowSink& sink) { cn->Query(source_, sink); });
-    ++epoch_;
     fireMove(EventReason::Requery);
 }
 

@@ -50,11 +50,15 @@ uint64_t numberImage(double d) {
     return std::max<uint64_t>(img, 1);  // 0 is kept for Null
 }
 
-// The first eight bytes of a folded text, as a big-endian number.
-uint64_t textPrefix(std::string_view folded) {
+// The first eight bytes of a text with ASCII capitals lowered (non-ASCII texts
+// arrive folded), as a big-endian number.
+uint64_t textPrefix(std::string_view s) {
     uint64_t p = 0;
-    for (std::size_t k = 0; k < 8; ++k)
-        p = (p << 8) | (k < folded.size() ? static_cast<unsigned char>(folded[k]) : 0u);
+    for (std::size_t k = 0; k < 8; ++k) {
+        unsigned char c = k < s.size() ? static_cast<unsigned char>(s[k]) : 0u;
+        if (c >= 'A' && c <= 'Z') c = static_cast<unsigned char>(c + 32);
+        p = (p << 8) | c;
+    }
     return p;
 }
 
@@ -63,7 +67,7 @@ struct KeyColumn {
     bool desc = false;
     std::vector<uint8_t> null;
     std::vector<double> num;
-    std::vector<std::string_view> str;  // folded texts
+    std::vector<std::string_view> str;  // stored ASCII texts, folded others
 };
 
 }  // namespace
@@ -149,9 +153,12 @@ void sortRows(std::vector<uint32_t>& rows, const std::vector<SortKey>& keys,
                     kc.null[i] = 1;
                 } else {
                     std::string_view s = textOf(c, buf);
-                    if (c.tag != CellTag::Text || !text::isAscii(s) ||
-                        std::any_of(s.begin(), s.end(), [](char x) { return x >= 'A' && x <= 'Z'; }))
+                    // ASCII texts are compared as they are stored (case ignored on the fly);
+                    // others are folded once here.
+                    if (!text::isAscii(s))
                         s = owned.emplace_back(text::fold(s));
+                    else if (c.tag != CellTag::Text)
+                        s = owned.emplace_back(s);
                     kc.str[i] = s;
                     img = textPrefix(s);
                 }
@@ -174,8 +181,7 @@ void sortRows(std::vector<uint32_t>& rows, const std::vector<SortKey>& keys,
             if (kc.null[a] || kc.null[b]) {
                 r = static_cast<int>(kc.null[b]) - static_cast<int>(kc.null[a]);
             } else if (kc.isText) {
-                const int c = kc.str[a].compare(kc.str[b]);
-                r = c < 0 ? -1 : (c > 0 ? 1 : 0);
+                r = text::compareNoCase(kc.str[a], kc.str[b]);
             } else {
                 r = kc.num[a] < kc.num[b] ? -1 : (kc.num[a] > kc.num[b] ? 1 : 0);
             }

@@ -1,47 +1,44 @@
 #include "ado/text_fold.hpp"
 
-#include <unicode/ucasemap.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 namespace hist::ado::text {
 namespace {
-
-struct CaseMapCloser {
-    void operator()(UCaseMap* m) const { ucasemap_close(m); }
-};
-
-UCaseMap* caseMap() {
-    thread_local std::unique_ptr<UCaseMap, CaseMapCloser> map = [] {
-        UErrorCode status = U_ZERO_ERROR;
-        return std::unique_ptr<UCaseMap, CaseMapCloser>(ucasemap_open("", U_FOLD_CASE_DEFAULT, &status));
-    }();
-    return map.get();
-}
 
 inline unsigned char lowerAscii(unsigned char c) { return (c >= 'A' && c <= 'Z') ? c + 32 : c; }
 
 }  // namespace
 
+// Simple case folding, code point by code point, as the engine's text collation
+// folds: the folded text keeps one code point per code point.
 std::string fold(std::string_view s) {
+    std::string out;
+    out.reserve(s.size());
     if (isAscii(s)) {
-        std::string out(s);
-        for (char& c : out) c = static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
+        for (char c : s) out += static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
         return out;
     }
-    std::string out(s.size() + 16, '\0');
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t n = ucasemap_utf8FoldCase(caseMap(), out.data(), static_cast<int32_t>(out.size()), s.data(),
-                                      static_cast<int32_t>(s.size()), &status);
-    if (status == U_BUFFER_OVERFLOW_ERROR) {
-        out.assign(static_cast<std::size_t>(n), '\0');
-        status = U_ZERO_ERROR;
-        n = ucasemap_utf8FoldCase(caseMap(), out.data(), n, s.data(), static_cast<int32_t>(s.size()), &status);
+    const auto* p = reinterpret_cast<const uint8_t*>(s.data());
+    const int32_t n = static_cast<int32_t>(s.size());
+    int32_t i = 0;
+    while (i < n) {
+        const int32_t start = i;
+        UChar32 c;
+        U8_NEXT(p, i, n, c);
+        if (c < 0) {  // malformed: keep the bytes as they are
+            out.append(s.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start)));
+            continue;
+        }
+        c = u_foldCase(c, U_FOLD_CASE_DEFAULT);
+        uint8_t buf[U8_MAX_LENGTH];
+        int32_t len = 0;
+        U8_APPEND_UNSAFE(buf, len, c);  // a folded code point is valid and fits U8_MAX_LENGTH
+        out.append(reinterpret_cast<const char*>(buf), static_cast<std::size_t>(len));
     }
-    if (U_FAILURE(status)) return std::string(s);  // malformed UTF-8: compare the bytes as they are
-    out.resize(static_cast<std::size_t>(n));
     return out;
 }
 

@@ -1,7 +1,8 @@
 #pragma once
-// Text compared without regard to case, as the archive compares it: Unicode
-// simple case folding (so "Código" and "CÓDIGO" are one name), then code point
-// order. Plain ASCII texts take a fast path that allocates nothing.
+// Text compared without regard to case, as the archive's text collation compares
+// it: Unicode simple case folding (so "Código" and "CÓDIGO" are one name, while
+// "Codigo" stays another), then code point order. Plain ASCII texts take a fast
+// path that allocates nothing.
 #include <string>
 #include <string_view>
 
