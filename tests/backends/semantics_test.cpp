@@ -110,9 +110,11 @@ TEST_F(Dialect, HistoryMoveCopiesColumnsByName) {
 TEST_F(Dialect, TextConditionsIgnoreCaseButNotAccents) {
     const char* states[] = {"Cerrada", "CERRADA", "Fabricación", "fabricacion"};
     int n = 0;
-    for (const char* st : states)
-        write("INSERT INTO HOrdenes (Numero, Cerrada, Serie) VALUES (" + std::to_string(++n) + ", '" + st + "', '" +
+    for (const char* st : states) {
+        ++n;
+        write("INSERT INTO HOrdenes (Numero, Cerrada, Serie) VALUES (" + std::to_string(n) + ", '" + st + "', '" +
               (n % 2 ? "A" : "a") + "')");
+    }
     EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Cerrada <> 'Cerrada' ORDER BY Numero").size(), 2u);
     EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Serie = 'A'").size(), 4u);
     EXPECT_EQ(read("SELECT Numero FROM HOrdenes WHERE Cerrada = 'FABRICACIÓN'").size(), 1u);

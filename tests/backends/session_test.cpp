@@ -42,7 +42,9 @@ TEST(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
                 << t.name << "." << c.name;
             std::string declared = c.declaredType();
             EXPECT_EQ(declared.substr(0, declared.find(" COLLATE")), decl) << t.name << "." << c.name;
-            if (c.isText()) EXPECT_STREQ(coll, sql::kTextCollation) << t.name << "." << c.name;
+            if (c.isText()) {
+                EXPECT_STREQ(coll, sql::kTextCollation) << t.name << "." << c.name;
+            }
         }
     }
     sqlite3_stmt* st = nullptr;
