@@ -15,6 +15,8 @@
 #include "platform/runtime.hpp"
 #include "sample/db.hpp"
 #include "sample/detail.hpp"
+#include "sample/inserter.hpp"
+#include "sample/plan.hpp"
 #include "sample/sample.hpp"
 #include "sql/catalog.hpp"
 
@@ -358,6 +360,65 @@ TEST_F(SampleArchive, TheEngineReadsBackWhatWasWritten) {
     TextSink states;
     session->query("SELECT DISTINCT Cerrada FROM HOrdenes WHERE Cerrada = 'FABRICACIÓN'", states);
     EXPECT_EQ(states.values, std::vector<std::string>{"Fabricación"});
+}
+
+TEST(SamplePlan, LargeHistoriesKeepSeriesAInsideItsRange) {
+    // 60,000 orders would give series A 36,000 numbers by its share: it stops at 9999
+    // and B at 24999, the rest goes to C.
+    const hs::detail::Plan p = hs::detail::makePlan(60000, 3);
+    const std::vector<hs::detail::Doc>* tables[] = {&p.orders, &p.customerOrders, &p.notes, &p.invoices};
+    for (const auto* docs : tables) {
+        long count[3] = {}, highest[3] = {};
+        for (const hs::detail::Doc& d : *docs) {
+            const int s = d.serie - 'A';
+            ASSERT_TRUE(s >= 0 && s < 3) << d.serie;
+            ++count[s];
+            highest[s] = std::max<long>(highest[s], d.numero);
+        }
+        EXPECT_LE(highest[0], 9999);
+        EXPECT_LE(highest[1], 24999);
+        EXPECT_EQ(highest[0], count[0]);
+        EXPECT_EQ(highest[1], 10000 + count[1]);
+        EXPECT_EQ(highest[2], 25000 + count[2]);
+    }
+    EXPECT_EQ(p.maxOrders[0], 9999);
+    EXPECT_EQ(p.maxOrders[1], 24999);
+    EXPECT_EQ(p.maxOrders[2], 25000 + 60000 - 9999 - 14999);
+}
+
+TEST(SampleInserter, RefusesWhatTheCatalogDoesNotHave) {
+    const std::string path = (tempDir() / "inserter.db").string();
+    fs::remove(path);
+    {
+        hist::backend::DataSource ds;
+        ds.path = path;
+        hist::backend::openSession(ds);
+    }
+    hs::detail::Db db(path);
+    struct Case {
+        const char* table;
+        std::vector<std::string> columns;
+        const char* message;
+    } cases[] = {
+        {"HOrdenes_Lineas", {"Numero", "Importe_Total"}, "Column not in the catalog: HOrdenes_Lineas.Importe_Total"},
+        {"HOrdenesLineas", {"Numero"}, "Table not in the catalog: HOrdenesLineas"},
+    };
+    for (const Case& c : cases) {
+        try {
+            hs::detail::Inserter ins(db.get(), c.table, c.columns);
+            ADD_FAILURE() << c.message;
+        } catch (const hist::Error& e) {
+            EXPECT_EQ(e.description(), c.message);
+        }
+    }
+    hs::detail::Inserter ins(db.get(), "Articulos", {"Codigo", "Descripcion", "Recargo"});
+    ins.t("CMC").t("Corona metal-cerámica");
+    EXPECT_THROW(ins.row(), hist::Error);  // a value short
+    hs::detail::Inserter full(db.get(), "Articulos", {"Codigo", "Recargo"});
+    full.t("CZM").d(2.5);
+    EXPECT_THROW(full.t("sobra"), hist::Error);  // a value too many
+    EXPECT_THROW(full.mirror(), hist::Error);    // no live twin for Articulos
+    EXPECT_EQ(db.count("Articulos"), 0);
 }
 
 TEST(SampleCalendar, DatesMatchTheRuntimesSerials) {
