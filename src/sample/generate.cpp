@@ -25,9 +25,11 @@ using namespace detail;
 namespace {
 
 
-// The document tables whose rows the generator writes; an archive that already
-// holds one of them is not filled again.
-const char* const kDocumentTables[] = {"HOrdenes", "HPedidos_Clientes", "HAlbaranes", "HFacturas", "Recibos"};
+// Tables whose rows the generator writes under unique keys; an archive that already
+// holds rows in one of them is not filled again.
+const char* const kDocumentTables[] = {"HOrdenes",  "HPedidos_Clientes", "HAlbaranes", "HFacturas",
+                                       "Recibos",   "HOrdenes_Fases",    "Numeradores", "Articulos",
+                                       "Albaranes", "Pedidos_Clientes",  "Facturas"};
 
 const char* const kMonths[] = {"enero", "febrero", "marzo",     "abril",   "mayo",      "junio",
                                "julio", "agosto",  "septiembre", "octubre", "noviembre", "diciembre"};
