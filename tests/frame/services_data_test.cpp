@@ -1,0 +1,320 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ado/connection.hpp"
+#include "ado/recordset.hpp"
+#include "frame/services/config.hpp"
+#include "frame/services/data_service.hpp"
+#include "frame/services_testutil.hpp"
+#include "platform/error.hpp"
+#include "platform/regional.hpp"
+#include "platform/runtime.hpp"
+
+namespace hist::services {
+namespace {
+
+using ::testing::HasSubstr;
+using test::ScratchDir;
+
+// An archive of its own in a scratch folder, reached by iBase 1 and 4.
+class ServicesData : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
+        c.archive = (dir / "archivo.db").string();
+        c.reportDir = "/srv/informes";
+        c.documentDir = "/srv/documentos";
+        Configuration::install(c);
+    }
+    void TearDown() override { Configuration::reset(); }
+
+    // Runs a statement on a connection of its own, committed.
+    void exec(const std::string& text, int16_t iBase = 4) {
+        Variant v(text);
+        ConnPtr cn;
+        svc.EjecutarSql(iBase, v, cn);
+    }
+    long count(const std::string& where, ConnPtr cn = nullptr) {
+        Variant v("SELECT Codigo FROM Articulos WHERE " + where);
+        RsPtr rs;
+        svc.AbrirRs(4, v, rs, cn);
+        return rs->RecordCount();
+    }
+
+    RegionalScope es{Regional::esES()};
+    ScratchDir dir;
+    ClsServicioDatos svc;
+};
+
+TEST_F(ServicesData, GetConexionGivesANewOpenConnectionEachCall) {
+    ConnPtr a = svc.GetConexion(4, nullptr, 0);
+    ConnPtr b = svc.GetConexion(4, nullptr, 0);
+    ConnPtr c = svc.GetConexion(1, nullptr, 0);
+    ASSERT_TRUE(a && b && c);
+    EXPECT_NE(a, b);
+    for (const ConnPtr& cn : {a, b, c}) {
+        EXPECT_EQ(cn->State(), 1);
+        EXPECT_EQ(cn->dataSource().path, (dir / "archivo.db").string());
+        EXPECT_EQ(cn->dataSource().busyTimeoutMs, 2000);
+    }
+    try {
+        svc.GetConexion(2, nullptr, 0);
+        FAIL() << "iBase 2 is not configured";
+    } catch (const Error& e) {
+        EXPECT_THAT(e.description(), HasSubstr("iBase 2"));
+    }
+}
+
+TEST_F(ServicesData, BothSelectorsReachTheArchive) {
+    exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C1', 'Corona', 4)", 1);
+    EXPECT_EQ(count("Codigo = 'C1'"), 1);
+    Variant v("SELECT Codigo FROM Articulos WHERE Codigo = 'c1'");
+    RsPtr rs;
+    ConnPtr none;
+    svc.AbrirRs(1, v, rs, none);
+    EXPECT_EQ(rs->RecordCount(), 1);
+}
+
+TEST_F(ServicesData, AbrirRsNeverWritesIntoAnUnsetConnection) {
+    exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C1', 'Corona', 4)");
+    Variant sql("SELECT Codigo, Recargo FROM Articulos WHERE Codigo = 'C1'");
+    RsPtr rs;  // unset: the service makes it
+    ConnPtr objCn;
+    svc.AbrirRs(4, sql, rs, objCn, 0);
+    EXPECT_EQ(objCn, nullptr);
+    ASSERT_NE(rs, nullptr);
+    ASSERT_NE(rs->ActiveConnection(), nullptr);
+    EXPECT_EQ(rs->ActiveConnection()->State(), 1);
+    // The recordset is updatable in batch on the service's own connection.
+    ASSERT_EQ(rs->RecordCount(), 1);
+    rs->setValue("Recargo", Variant(7.5));
+    rs->UpdateBatch(3);
+    Variant check("SELECT Recargo FROM Articulos WHERE Codigo = 'C1'");
+    RsPtr again;
+    svc.AbrirRs(4, check, again, objCn, 0);
+    EXPECT_EQ(rt::CDbl(again->value("Recargo")), 7.5);
+
+    // A recordset the caller made is the one opened; a given connection is its connection.
+    auto mine = std::make_shared<ado::Recordset>();
+    RsPtr held = mine;
+    ConnPtr cn = svc.GetConexion(4);
+    svc.AbrirRs(4, check, held, cn, 0);
+    EXPECT_EQ(held, mine);
+    EXPECT_EQ(held->ActiveConnection(), cn);
+}
+
+TEST_F(ServicesData, EjecutarSqlLeavesItsConnectionInAnUnsetVariable) {
+    Variant sql("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C2', 'Puente', 0)");
+    ConnPtr objCn;
+    svc.EjecutarSql(4, sql, objCn);
+    ASSERT_NE(objCn, nullptr);
+    EXPECT_EQ(objCn->State(), 1);
+    EXPECT_EQ(objCn->TransactionLevel(), 0);
+    EXPECT_EQ(count("Codigo = 'C2'"), 1);  // no transaction: visible to everyone
+}
+
+TEST_F(ServicesData, AGivenConnectionIsUsedInsideTheCallersTransaction) {
+    ConnPtr other = svc.GetConexion(4);  // opened before the caller's transaction begins
+    ConnPtr cn = svc.GetConexion(4);
+    ConnPtr same = cn;
+    ASSERT_EQ(cn->BeginTrans(), 1);
+    Variant ins("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('T1', 'Temporal', 1)");
+    svc.EjecutarSql(4, ins, cn);
+    EXPECT_EQ(cn, same);  // used as it is, not replaced
+    EXPECT_EQ(cn->TransactionLevel(), 1);
+    EXPECT_EQ(count("Codigo = 'T1'", cn), 1);  // the caller's connection sees its own work
+    EXPECT_EQ(count("Codigo = 'T1'", other), 0);  // another connection does not
+    cn->RollbackTrans();
+    EXPECT_EQ(count("Codigo = 'T1'", cn), 0);
+    EXPECT_EQ(count("Codigo = 'T1'", other), 0);
+
+    cn->BeginTrans();
+    svc.EjecutarSql(4, ins, cn);
+    cn->CommitTrans();
+    EXPECT_EQ(count("Codigo = 'T1'"), 1);
+}
+
+TEST_F(ServicesData, ObserversSeeEveryStatement) {
+    std::vector<StatementEvent> seen;
+    auto sub = StatementObservers::subscribe([&](const StatementEvent& e) { seen.push_back(e); });
+
+    ConnPtr cn;
+    std::string date = svc.FechaSql(4, Variant::date(rt::dateSerial(2026, 11, 22)));
+    Variant ins("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C3', 'Inlay', '2,5')");
+    svc.EjecutarSql(4, ins, cn);
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0].op, "EjecutarSql");
+    EXPECT_EQ(seen[0].iBase, 4);
+    EXPECT_EQ(seen[0].composed, ins.asString());
+    EXPECT_NE(seen[0].sent, seen[0].composed);  // the quoted locale number was rewritten
+    EXPECT_THAT(seen[0].sent, HasSubstr("2.5"));
+    EXPECT_EQ(seen[0].connection, cn);
+
+    Variant sel("SELECT Codigo, Recargo FROM Articulos WHERE Codigo = 'C3'");
+    RsPtr rs;
+    ConnPtr unset;
+    svc.AbrirRs(1, sel, rs, unset);
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_EQ(seen[1].op, "AbrirRs");
+    EXPECT_EQ(seen[1].iBase, 1);
+    EXPECT_EQ(seen[1].composed, sel.asString());
+    EXPECT_EQ(seen[1].connection, rs->ActiveConnection());
+    EXPECT_EQ(rt::CDbl(rs->value("Recargo")), 2.5);
+
+    // The recordset's own statements come through its connection.
+    rs->setValue("Recargo", Variant(3.0));
+    rs->UpdateBatch(3);
+    rs->Requery(-1);
+    ASSERT_EQ(seen.size(), 4u);
+    EXPECT_EQ(seen[2].op, "UpdateBatch");
+    EXPECT_THAT(seen[2].sent, HasSubstr("Articulos"));
+    EXPECT_EQ(seen[2].iBase, 1);
+    EXPECT_EQ(seen[2].connection, rs->ActiveConnection());
+    EXPECT_EQ(seen[3].op, "Requery");
+    EXPECT_EQ(seen[3].connection, rs->ActiveConnection());
+
+    // A refused statement is told, and its failure reaches the caller unchanged.
+    Variant bad("UPDATE Articulos SET Descripcion = 'O'Brien' WHERE Codigo = 'C3'");
+    try {
+        svc.EjecutarSql(4, bad, cn);
+        FAIL() << "a stray apostrophe must fail";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), err::SqlSyntax);
+    }
+    ASSERT_EQ(seen.size(), 5u);
+    EXPECT_EQ(seen[4].composed, bad.asString());
+    EXPECT_EQ(seen[4].sent, "");
+
+    sub.reset();
+    Variant more("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C4', 'Onlay', 0)");
+    svc.EjecutarSql(4, more, cn);
+    EXPECT_EQ(seen.size(), 5u);  // no longer subscribed
+}
+
+TEST_F(ServicesData, DateLiteralsAreAlwaysIso) {
+    struct Case {
+        Variant date;
+        const char* literal;
+    };
+    const Case cases[] = {
+        {Variant::date(rt::dateSerial(2026, 11, 22)), "#2026-11-22 00:00:00#"},
+        {Variant::date(rt::dateSerial(2026, 2, 3) + rt::timeSerial(9, 5, 7)), "#2026-02-03 09:05:07#"},
+        {Variant::date(rt::timeSerial(10, 30, 0)), "#1899-12-30 10:30:00#"},  // a time of day alone
+        {Variant("03/02/2026"), "#2026-02-03 00:00:00#"},                     // a text, read day first
+        {Variant(46348.5), "#2026-11-22 12:00:00#"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(svc.FechaSql(4, c.date), c.literal);
+        EXPECT_EQ(svc.FechaSql(1, c.date), c.literal);
+        EXPECT_EQ(svc.FechaSqlLocal(c.date), c.literal);
+    }
+    try {
+        svc.FechaSql(4, Variant::null());
+        FAIL();
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), err::InvalidUseOfNull);
+    }
+    // The service's literals read back in statements: a date and a time of day.
+    Variant day = Variant::date(rt::dateSerial(2026, 11, 22));
+    Variant time = Variant::date(rt::timeSerial(10, 30, 0));
+    exec("INSERT INTO HOrdenes_Fases ( ID, Codigo, Fecha, Hora ) VALUES ( 1, 5, " + svc.FechaSql(4, day) + ", " +
+         svc.FechaSql(4, time) + " )");
+    Variant sel("SELECT Codigo, Fecha, Hora FROM HOrdenes_Fases WHERE Fecha = " + svc.FechaSqlLocal(day) +
+                " AND Hora = " + svc.FechaSql(4, time));
+    RsPtr rs;
+    ConnPtr cn;
+    svc.AbrirRs(4, sel, rs, cn);
+    ASSERT_EQ(rs->RecordCount(), 1);
+    EXPECT_EQ(rt::CDate(rs->value("Fecha")), rt::dateSerial(2026, 11, 22));
+    EXPECT_EQ(rt::CDate(rs->value("Hora")), rt::timeSerial(10, 30, 0));
+}
+
+TEST_F(ServicesData, PathsConnectionTextsAndTheDateSwitch) {
+    std::string archive = (dir / "archivo.db").string();
+    EXPECT_EQ(svc.GetConnectionStr(4), "Provider=sqlite;Data Source=" + archive + ";Busy Timeout=2000");
+    std::string type = "x", source = "x", catalog = "x", user = "x", pass = "x";
+    svc.GetConnectionStrToRpt(1, type, source, catalog, user, pass);
+    EXPECT_EQ(type, "sqlite");
+    EXPECT_EQ(source, archive);
+    EXPECT_EQ(catalog, "");
+    EXPECT_EQ(user, "");
+    EXPECT_EQ(pass, "");
+    EXPECT_EQ(svc.GetRptPath("Ordenes.rpt"), "/srv/informes/Ordenes.rpt");
+    EXPECT_EQ(svc.GetRptPath("/otra/Ordenes.rpt"), "/otra/Ordenes.rpt");  // stored back and asked again
+    EXPECT_EQ(svc.GetDocPath("Orden.doc"), "/srv/documentos/Orden.doc");
+    EXPECT_TRUE(svc.bFechaServidor(4));
+    Config c = *Configuration::current();
+    c.fechaServidor = false;
+    Configuration::install(c);
+    EXPECT_FALSE(svc.bFechaServidor(4));
+    EXPECT_FALSE(svc.bFechaServidor(1));
+}
+
+TEST_F(ServicesData, SeriesCountersLiveInNumeradores) {
+    ClsNumeradores n;
+    std::string table = "HOrdenes";
+    double a = -1, b = -1, c = -1;
+    ConnPtr none;
+    n.LeerSeries(table, a, b, c, none);
+    EXPECT_EQ(a, 0);  // nothing stored yet: the series' starts
+    EXPECT_EQ(b, 10000);
+    EXPECT_EQ(c, 25000);
+    EXPECT_EQ(none, nullptr);
+
+    ConnPtr objCn;
+    std::string empty;
+    n.GrabarSeries(table, 12, 10003.5, 25001, objCn, empty);
+    ASSERT_NE(objCn, nullptr);  // the pattern of the optional connection
+    n.GrabarSeries(table, 13, 10004, 25002, objCn, empty);
+    std::string other = "HFacturas";
+    n.GrabarSeries(other, 1, 2, 3, objCn, empty);
+    n.LeerSeries(table, a, b, c, none);
+    EXPECT_EQ(a, 13);
+    EXPECT_EQ(b, 10004);
+    EXPECT_EQ(c, 25002);
+    n.LeerSeries(other, a, b, c, none);
+    EXPECT_EQ(a, 1);
+    EXPECT_EQ(b, 2);
+    EXPECT_EQ(c, 3);
+    Variant sel("SELECT Tabla FROM Numeradores WHERE Tabla = 'HOrdenes'");
+    RsPtr rs;
+    svc.AbrirRs(4, sel, rs, none);
+    EXPECT_EQ(rs->RecordCount(), 1);  // updated in place, not added twice
+
+    // Inside the caller's transaction, and gone with its rollback.
+    ConnPtr tx = svc.GetConexion(4);
+    tx->BeginTrans();
+    n.GrabarSeries(table, 99, 99, 99, tx, empty);
+    tx->RollbackTrans();
+    n.LeerSeries(table, a, b, c, none);
+    EXPECT_EQ(a, 13);
+
+    // A Null counter reads as its series' start.
+    exec("UPDATE Numeradores SET SerieB = Null WHERE Tabla = 'HFacturas'");
+    n.LeerSeries(other, a, b, c, none);
+    EXPECT_EQ(b, 10000);
+}
+
+TEST_F(ServicesData, SurchargeComesFromArticulos) {
+    exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C1', 'Corona', 5.2)");
+    exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('O''X', 'Apostrofo', 1)");
+    exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('N1', 'Sin recargo', Null)");
+    ClsCalculoLinea calc;
+    struct Case {
+        Variant code;
+        double surcharge;
+    };
+    const Case cases[] = {
+        {Variant("C1"), 5.2}, {Variant("c1"), 5.2},  // codes compare as the archive compares text
+        {Variant("O'X"), 1},  {Variant("N1"), 0},     {Variant("ZZ"), 0},
+        {Variant::null(), 0}, {Variant(), 0},
+    };
+    for (const Case& c : cases) {
+        ConnPtr objCn;
+        EXPECT_DOUBLE_EQ(calc.GetRecargoArticulo(c.code, objCn), c.surcharge);
+        EXPECT_EQ(objCn, nullptr);
+    }
+}
+
+}  // namespace
+}  // namespace hist::services
