@@ -62,6 +62,20 @@ uint64_t textPrefix(std::string_view s) {
     return p;
 }
 
+// Compares two sort keys: ASCII texts as stored and non-ASCII ones folded, so
+// lowering ASCII capitals on the fly gives the order of the folded texts.
+int compareLowered(std::string_view a, std::string_view b) {
+    const std::size_t n = std::min(a.size(), b.size());
+    for (std::size_t k = 0; k < n; ++k) {
+        unsigned char x = static_cast<unsigned char>(a[k]);
+        unsigned char y = static_cast<unsigned char>(b[k]);
+        if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x + 32);
+        if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y + 32);
+        if (x != y) return x < y ? -1 : 1;
+    }
+    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
 struct KeyColumn {
     bool isText = false;
     bool desc = false;
@@ -181,7 +195,7 @@ void sortRows(std::vector<uint32_t>& rows, const std::vector<SortKey>& keys,
             if (kc.null[a] || kc.null[b]) {
                 r = static_cast<int>(kc.null[b]) - static_cast<int>(kc.null[a]);
             } else if (kc.isText) {
-                r = text::compareNoCase(kc.str[a], kc.str[b]);
+                r = compareLowered(kc.str[a], kc.str[b]);
             } else {
                 r = kc.num[a] < kc.num[b] ? -1 : (kc.num[a] > kc.num[b] ? 1 : 0);
             }
