@@ -314,6 +314,14 @@ double Recordset::Bookmark() {
 void Recordset::SetBookmark(const Variant& bookmark) {
     requireOpen();
     sync();
+    idx_ = indexOfBookmark(bookmark);
+    pos_ = Pos::Row;
+    editing_ = false;
+    fireMove(EventReason::Move);
+}
+
+// The place in this view of the row a bookmark names; 3001 when it names none.
+std::size_t Recordset::indexOfBookmark(const Variant& bookmark) const {
     auto bad = [&] {
         raise(err::BadArgument, err::SrcRecordset, withDetail(err::BadArgument, "Bookmark names no row."));
     };
@@ -330,10 +338,7 @@ void Recordset::SetBookmark(const Variant& bookmark) {
     const uint32_t row = static_cast<uint32_t>(d) - 1;
     auto it = std::find(order_.begin(), order_.end(), row);
     if (it == order_.end()) bad();
-    pos_ = Pos::Row;
-    idx_ = static_cast<std::size_t>(it - order_.begin());
-    editing_ = false;
-    fireMove(EventReason::Move);
+    return static_cast<std::size_t>(it - order_.begin());
 }
 
 void Recordset::MoveFirst() {
@@ -430,9 +435,7 @@ void Recordset::Find(std::string_view criteria, long skipRecords, int searchDire
         else
             raise(err::BadArgument, err::SrcRecordset, withDetail(err::BadArgument, "Start."));
     } else {
-        const Variant saved = start;
-        SetBookmark(saved);  // validates and moves; the search starts there
-        from = static_cast<long>(idx_);
+        from = static_cast<long>(indexOfBookmark(start));
     }
     from += searchDirection * skipRecords;
     editing_ = false;

@@ -131,6 +131,7 @@ private:
     void settle(std::optional<uint32_t> keepRow);
     void goFirst();
     uint32_t currentRow() const;
+    std::size_t indexOfBookmark(const Variant& bookmark) const;
     CellView cell(uint32_t row, int field) const;
     Criteria parseCriteria(std::string_view text, bool single) const;
     std::vector<uint32_t> affected(int affectRecords, const char* what);
