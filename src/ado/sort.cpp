@@ -5,6 +5,7 @@
 #include <cstring>
 #include <deque>
 #include <string>
+#include <unordered_map>
 
 #include "ado/text_fold.hpp"
 #include "platform/error.hpp"
@@ -50,18 +51,6 @@ uint64_t numberImage(double d) {
     return std::max<uint64_t>(img, 1);  // 0 is kept for Null
 }
 
-// The first eight bytes of a text with ASCII capitals lowered (non-ASCII texts
-// arrive folded), as a big-endian number.
-uint64_t textPrefix(std::string_view s) {
-    uint64_t p = 0;
-    for (std::size_t k = 0; k < 8; ++k) {
-        unsigned char c = k < s.size() ? static_cast<unsigned char>(s[k]) : 0u;
-        if (c >= 'A' && c <= 'Z') c = static_cast<unsigned char>(c + 32);
-        p = (p << 8) | c;
-    }
-    return p;
-}
-
 // Compares two sort keys: ASCII texts as stored and non-ASCII ones folded, so
 // lowering ASCII capitals on the fly gives the order of the folded texts.
 int compareLowered(std::string_view a, std::string_view b) {
@@ -76,12 +65,11 @@ int compareLowered(std::string_view a, std::string_view b) {
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
+// One sort key over the rows: a number per row (texts as their rank), and Nulls.
 struct KeyColumn {
-    bool isText = false;
     bool desc = false;
     std::vector<uint8_t> null;
     std::vector<double> num;
-    std::vector<std::string_view> str;  // stored ASCII texts, folded others
 };
 
 }  // namespace
@@ -140,7 +128,6 @@ void sortRows(std::vector<uint32_t>& rows, const std::vector<SortKey>& keys,
               const std::function<CellView(uint32_t, int)>& cell, const std::function<ValueClass(int)>& classOf) {
     if (keys.empty() || rows.size() < 2) return;
     const std::size_t n = rows.size();
-    std::deque<std::string> owned;  // folded texts that differ from the stored bytes
     std::vector<KeyColumn> cols(keys.size());
     struct Entry {
         uint64_t k0;
@@ -151,54 +138,74 @@ void sortRows(std::vector<uint32_t>& rows, const std::vector<SortKey>& keys,
     for (std::size_t k = 0; k < keys.size(); ++k) {
         KeyColumn& kc = cols[k];
         const ValueClass cls = classOf(keys[k].field);
-        kc.isText = cls == ValueClass::Text || cls == ValueClass::Memo || cls == ValueClass::Other;
+        const bool isText = cls == ValueClass::Text || cls == ValueClass::Memo || cls == ValueClass::Other;
         kc.desc = keys[k].desc;
-        kc.null.resize(n);
-        if (kc.isText)
-            kc.str.resize(n);
-        else
-            kc.num.resize(n);
-        std::string buf;
-        for (std::size_t i = 0; i < n; ++i) {
-            const CellView c = cell(rows[i], keys[k].field);
-            uint64_t img = 0;
-            if (kc.isText) {
+        kc.null.assign(n, 0);
+        kc.num.resize(n);
+        if (isText) {
+            // Texts become their rank among the distinct values (case ignored), so
+            // the sort itself compares numbers. Distinct texts are found by their
+            // bytes first, and only those are folded: a column repeats its values.
+            std::deque<std::string> owned;  // texts that are not kept as stored, folded texts
+            std::vector<std::string_view> views(n);
+            std::string buf;
+            for (std::size_t i = 0; i < n; ++i) {
+                const CellView c = cell(rows[i], keys[k].field);
                 if (c.tag == CellTag::Null) {
                     kc.null[i] = 1;
-                } else {
-                    std::string_view s = textOf(c, buf);
-                    // ASCII texts are compared as they are stored (case ignored on the fly);
-                    // others are folded once here.
-                    if (!text::isAscii(s))
-                        s = owned.emplace_back(text::fold(s));
-                    else if (c.tag != CellTag::Text)
-                        s = owned.emplace_back(s);
-                    kc.str[i] = s;
-                    img = textPrefix(s);
+                    continue;
                 }
-            } else {
-                const auto v = numericOf(c, cls);
-                if (!v) {
-                    kc.null[i] = 1;
-                } else {
-                    kc.num[i] = *v;
-                    img = numberImage(*v);
-                }
+                views[i] = c.tag == CellTag::Text ? c.s : std::string_view(owned.emplace_back(textOf(c, buf)));
             }
-            if (k == 0) entries[i] = Entry{kc.desc ? ~img : img, static_cast<uint32_t>(i)};
+            std::unordered_map<std::string_view, uint32_t> ids;
+            ids.reserve(std::min<std::size_t>(n, 1u << 16));
+            std::vector<std::string_view> distinct;
+            std::vector<uint32_t> id(n);
+            for (std::size_t i = 0; i < n; ++i) {
+                if (kc.null[i]) continue;
+                auto [it, fresh] = ids.try_emplace(views[i], static_cast<uint32_t>(distinct.size()));
+                if (fresh) distinct.push_back(views[i]);
+                id[i] = it->second;
+            }
+            for (std::string_view& d : distinct)
+                if (!text::isAscii(d)) d = owned.emplace_back(text::fold(d));
+            std::vector<uint32_t> byText(distinct.size());
+            for (uint32_t d = 0; d < byText.size(); ++d) byText[d] = d;
+            std::sort(byText.begin(), byText.end(),
+                      [&](uint32_t x, uint32_t y) { return compareLowered(distinct[x], distinct[y]) < 0; });
+            std::vector<uint32_t> rankOf(distinct.size());
+            uint32_t rank = 0;
+            for (std::size_t r = 0; r < byText.size(); ++r) {
+                if (r > 0 && compareLowered(distinct[byText[r - 1]], distinct[byText[r]]) != 0) ++rank;
+                rankOf[byText[r]] = rank;  // texts equal but for case share a rank
+            }
+            for (std::size_t i = 0; i < n; ++i)
+                if (!kc.null[i]) kc.num[i] = static_cast<double>(rankOf[id[i]]);
+        } else {
+            for (std::size_t i = 0; i < n; ++i) {
+                const auto v = numericOf(cell(rows[i], keys[k].field), cls);
+                if (v)
+                    kc.num[i] = *v;
+                else
+                    kc.null[i] = 1;
+            }
+        }
+        if (k == 0) {
+            for (std::size_t i = 0; i < n; ++i) {
+                const uint64_t img = kc.null[i] ? 0 : numberImage(kc.num[i]);
+                entries[i] = Entry{kc.desc ? ~img : img, static_cast<uint32_t>(i)};
+            }
         }
     }
 
     auto fullCompare = [&](uint32_t a, uint32_t b) -> int {
-        for (const KeyColumn& kc : cols) {
+        for (std::size_t k = 1; k < cols.size(); ++k) {  // the first key is all in k0
+            const KeyColumn& kc = cols[k];
             int r = 0;
-            if (kc.null[a] || kc.null[b]) {
+            if (kc.null[a] || kc.null[b])
                 r = static_cast<int>(kc.null[b]) - static_cast<int>(kc.null[a]);
-            } else if (kc.isText) {
-                r = compareLowered(kc.str[a], kc.str[b]);
-            } else {
+            else
                 r = kc.num[a] < kc.num[b] ? -1 : (kc.num[a] > kc.num[b] ? 1 : 0);
-            }
             if (r != 0) return kc.desc ? -r : r;
         }
         return 0;

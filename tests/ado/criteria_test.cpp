@@ -221,6 +221,15 @@ TEST(Sort, KeysDirectionsAndTheOriginalOrder) {
     EXPECT_EQ(rs->AbsolutePosition(), 2);
 }
 
+TEST(Sort, TextsEqualButForCaseKeepTheirFetchOrder) {
+    auto rs = fabricate({{"Id", FieldType::Integer}, {"Nombre", FieldType::VarWChar}},
+                        {{1LL, "b"}, {2LL, "Álvaro"}, {3LL, "A"}, {4LL, "a"}, {5LL, "ÁLVARO"}, {6LL, "B"}, {7LL, 12LL}});
+    rs->SetSort("Nombre");
+    EXPECT_EQ(ids(*rs), (std::vector<long>{7, 3, 4, 1, 6, 2, 5}));  // a number in a text field as its text
+    rs->SetSort("Nombre DESC, Id DESC");
+    EXPECT_EQ(ids(*rs), (std::vector<long>{5, 2, 6, 1, 4, 3, 7}));
+}
+
 TEST(Fields, LookupByNameAndPosition) {
     auto rs = fabricate({{"Código", FieldType::Integer},
                          {"Factura", FieldType::Integer},
