@@ -332,7 +332,8 @@ TEST_F(Comments, RequeryKeepsTheSelectionAndNamesTheEmptyKeyTodos) {
 
 TEST_F(Comments, MovingOffEitherEndBeepsAndStaysOnTheLastRow) {
     for (int i = 1; i <= 3; ++i)
-        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo) VALUES (" + std::to_string(i) + ", 7)");
+        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo) VALUES (" + std::to_string(i) + ", " +
+             std::to_string(6 + i) + ")");
     ClsOrdenesComentarios ordenes;
     frame::ConnPtr cn;
     std::string key;
@@ -359,8 +360,8 @@ TEST_F(Comments, MovingOffEitherEndBeepsAndStaysOnTheLastRow) {
     Variant mark("2 y algo");
     ordenes.MoveToBookmark(mark);
     EXPECT_EQ(ordenes.AbsolutePosition(), 2);
-    ordenes.FindRecord("7");  // searches Código, the second field
-    EXPECT_EQ(ordenes.AbsolutePosition(), 2);
+    ordenes.FindRecord("9");  // searches Código, the second field
+    EXPECT_EQ(ordenes.AbsolutePosition(), 3);
 }
 
 TEST_F(Comments, AnEmptySelectionNeitherMovesNorBeeps) {
