@@ -690,7 +690,7 @@ void Recordset::UpdateBatch(int affectRecords) {
     const std::vector<uint32_t> rows = affected(affectRecords, "UpdateBatch");
     editing_ = false;
     if (rows.empty()) return;
-    writeBack(rows);  // all or nothing; on failure the rows stay pending
+    const std::vector<Refresh> refreshed = writeBack(rows);  // all or nothing; on failure the rows stay pending
     RowData& d = *data_;
     std::string buf;
     for (uint32_t row : rows) {
@@ -710,6 +710,14 @@ void Recordset::UpdateBatch(int affectRecords) {
             d.overlay.erase(it);
         }
         d.status[row] = static_cast<uint8_t>(RowStatus::Unchanged);
+    }
+    for (const Refresh& r : refreshed) {
+        CellView c;
+        c.tag = r.tag;
+        c.i = r.i;
+        c.d = r.d;
+        c.s = r.s;
+        d.store.set(r.row, r.col, c);
     }
 }
 
@@ -740,7 +748,7 @@ void Recordset::CancelBatch(int affectRecords) {
 // One UpdateBatch is one savepoint on the connection's session: every statement
 // checks the row's identity and the original values of the columns it changes,
 // and a row found changed or gone undoes the whole batch.
-void Recordset::writeBack(const std::vector<uint32_t>& rows) {
+std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>& rows) {
     if (!cn_ || cn_->State() == 0) raise(err::InvalidConnection, err::SrcRecordset);
     RowData& d = *data_;
     backend::Session& session = cn_->session();
@@ -778,12 +786,49 @@ void Recordset::writeBack(const std::vector<uint32_t>& rows) {
         cn_->report("UpdateBatch", sql);
         return session.execute(sql, params, types);
     };
-    struct NewIdentity {
-        uint32_t row;
-        int col;
-        long long id;
+    // After each write the row is read back, so the store holds what the archive
+    // now holds: the identity of a new row, the defaults of the columns it left
+    // out, and the stored forms of what was written.
+    std::vector<Refresh> refreshed;
+    auto readBack = [&](uint32_t row, const std::string& table, long long id) {
+        std::vector<std::size_t> cols;
+        std::string list;
+        for (std::size_t k = 0; k < d.cols.size(); ++k) {
+            const backend::ColumnMeta& m = d.cols[k];
+            if (!text::equalNoCase(m.baseTable, table) || m.baseColumn.empty()) continue;
+            if (!m.hiddenRowId && !m.updatable) continue;
+            cols.push_back(k);
+            list += (list.empty() ? "" : ", ") + (m.hiddenRowId ? identityName(static_cast<int>(k)) : quoteName(m.baseColumn));
+        }
+        const int idCol = identityOf(table);
+        const std::string sql = "SELECT " + list + " FROM " + quoteName(table) + " WHERE " + identityName(idCol) +
+                                " = " + std::to_string(id);
+        struct Sink : backend::RowSink {
+            std::vector<Refresh>& out;
+            const std::vector<std::size_t>& cols;
+            uint32_t target;
+            bool seen = false;
+            Sink(std::vector<Refresh>& o, const std::vector<std::size_t>& c, uint32_t r) : out(o), cols(c), target(r) {}
+            void columns(const std::vector<backend::ColumnMeta>&) override {}
+            void row(std::span<const backend::Cell> cells) override {
+                if (seen) return;
+                seen = true;
+                for (std::size_t k = 0; k < cols.size() && k < cells.size(); ++k) {
+                    Refresh r{target, cols[k], CellTag::Null, 0, 0.0, {}};
+                    switch (cells[k].kind) {
+                    case backend::Cell::Kind::Null: break;
+                    case backend::Cell::Kind::Int: r.tag = CellTag::Int; r.i = cells[k].i; break;
+                    case backend::Cell::Kind::Real: r.tag = CellTag::Real; r.d = cells[k].d; break;
+                    case backend::Cell::Kind::Text: r.tag = CellTag::Text; r.s = std::string(cells[k].text); break;
+                    }
+                    out.push_back(std::move(r));
+                }
+            }
+        } sink(refreshed, cols, row);
+        cn_->report("UpdateBatch", sql);
+        session.query(sql, sink);
+        if (!sink.seen) conflict();
     };
-    std::vector<NewIdentity> learned;
 
     session.begin();
     try {
@@ -844,6 +889,7 @@ void Recordset::writeBack(const std::vector<uint32_t>& rows) {
                     const std::string sql = "UPDATE " + quoteName(table) + " SET " + set + " WHERE " +
                                             identityName(idCol) + " = ?" + where;
                     if (run(sql, params, types) == 0) conflict();
+                    readBack(row, table, d.store.get(row, static_cast<std::size_t>(idCol)).i);
                 }
             } else if (s == RowStatus::New && ov) {
                 // One INSERT per base table among the assigned fields.
@@ -881,7 +927,7 @@ void Recordset::writeBack(const std::vector<uint32_t>& rows) {
                                                 : "INSERT INTO " + quoteName(table) + " (" + names + ") VALUES (" +
                                                       marks + ")";
                     run(sql, params, types);
-                    learned.push_back({row, identityOf(table), session.lastInsertRowId()});
+                    readBack(row, table, session.lastInsertRowId());
                 }
             }
         }
@@ -893,13 +939,7 @@ void Recordset::writeBack(const std::vector<uint32_t>& rows) {
         }
         throw;
     }
-    for (const NewIdentity& n : learned) {
-        if (n.col < 0) continue;
-        CellView c;
-        c.tag = CellTag::Int;
-        c.i = n.id;
-        d.store.set(n.row, static_cast<std::size_t>(n.col), c);
-    }
+    return refreshed;
 }
 
 // ---------------------------------------------------------------- fields

@@ -135,7 +135,16 @@ private:
     CellView cell(uint32_t row, int field) const;
     Criteria parseCriteria(std::string_view text, bool single) const;
     std::vector<uint32_t> affected(int affectRecords, const char* what);
-    void writeBack(const std::vector<uint32_t>& rows);
+    // A stored cell as read back after a write.
+    struct Refresh {
+        uint32_t row;
+        std::size_t col;
+        CellTag tag;
+        int64_t i;
+        double d;
+        std::string s;
+    };
+    std::vector<Refresh> writeBack(const std::vector<uint32_t>& rows);
     void load(const std::function<void(backend::RowSink&)>& produce);
     void fireMove(EventReason r);
     void fireWill(EventReason r, long records);

@@ -112,18 +112,38 @@ TEST(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     rs->UpdateBatch(3);
     EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:cuatro"}));
     EXPECT_EQ(rs->EditMode(), 0);
-    ASSERT_EQ(seen.size(), 3u);
-    EXPECT_EQ(seen[0], "UpdateBatch: UPDATE \"HOrdenes_Comentarios\" SET \"Descripcion\" = ? WHERE rowid = ? AND "
-                       "\"Descripcion\" = ?");
-    EXPECT_EQ(seen[1], "UpdateBatch: DELETE FROM \"HOrdenes_Comentarios\" WHERE rowid = ?");
-    EXPECT_EQ(seen[2], "UpdateBatch: INSERT INTO \"HOrdenes_Comentarios\" (\"Id\", \"Codigo\", \"Descripcion\") "
-                       "VALUES (?, ?, ?)");
+    // Each write is followed by reading the row back (new identity, defaults, stored forms).
+    const std::string readBack = "UpdateBatch: SELECT \"Id\", \"Codigo\", \"Descripcion\", \"Fecha\", rowid FROM "
+                                 "\"HOrdenes_Comentarios\" WHERE rowid = ";
+    EXPECT_EQ(seen, (std::vector<std::string>{
+                        "UpdateBatch: UPDATE \"HOrdenes_Comentarios\" SET \"Descripcion\" = ? WHERE rowid = ? AND "
+                        "\"Descripcion\" = ?",
+                        readBack + "1",
+                        "UpdateBatch: DELETE FROM \"HOrdenes_Comentarios\" WHERE rowid = ?",
+                        "UpdateBatch: INSERT INTO \"HOrdenes_Comentarios\" (\"Id\", \"Codigo\", \"Descripcion\") "
+                        "VALUES (?, ?, ?)",
+                        readBack + "4",
+                    }));
 
     // The new row learned its identity: a later change reaches it.
     rs->setValue("Descripción", "CUATRO");
     rs->UpdateBatch(1);
     EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:CUATRO"}));
     EXPECT_EQ(rs->value("Código"), Variant(static_cast<int32_t>(12)));
+}
+
+TEST(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
+    Archive a;
+    auto cn = a.connect();
+    auto rs = a.open(cn, "SELECT Codigo, Descripcion, Recargo FROM Articulos WHERE Codigo <> ''");
+    rs->AddNew();
+    rs->setValue("Codigo", "A1");
+    rs->UpdateBatch(3);
+    EXPECT_EQ(rs->value("Recargo"), Variant(0.0));  // the column's default, as the archive holds it
+    rs->setValue("Recargo", 2.5);  // checked against that default, so no false conflict
+    rs->UpdateBatch(3);
+    auto check = a.open(a.connect(), "SELECT Recargo FROM Articulos WHERE Codigo = 'a1'");
+    EXPECT_EQ(check->value("Recargo"), Variant(2.5));
 }
 
 TEST(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredView) {
