@@ -165,30 +165,35 @@ TEST_F(ServicesData, ObserversSeeEveryStatement) {
     rs->setValue("Recargo", Variant(3.0));
     rs->UpdateBatch(3);
     rs->Requery(-1);
-    ASSERT_EQ(seen.size(), 4u);
-    EXPECT_EQ(seen[2].op, "UpdateBatch");
-    EXPECT_THAT(seen[2].sent, HasSubstr("Articulos"));
-    EXPECT_EQ(seen[2].iBase, 1);
-    EXPECT_EQ(seen[2].connection, rs->ActiveConnection());
-    EXPECT_EQ(seen[3].op, "Requery");
-    EXPECT_EQ(seen[3].connection, rs->ActiveConnection());
+    ASSERT_GE(seen.size(), 4u);
+    bool wroteBack = false;
+    for (size_t i = 2; i + 1 < seen.size(); ++i) {
+        EXPECT_EQ(seen[i].op, "UpdateBatch");
+        EXPECT_EQ(seen[i].iBase, 1);
+        EXPECT_EQ(seen[i].connection, rs->ActiveConnection());
+        wroteBack = wroteBack || seen[i].sent.rfind("UPDATE", 0) == 0;
+    }
+    EXPECT_TRUE(wroteBack) << "the write-back statement was not told";
+    EXPECT_EQ(seen.back().op, "Requery");
+    EXPECT_EQ(seen.back().connection, rs->ActiveConnection());
 
     // A refused statement is told, and its failure reaches the caller unchanged.
     Variant bad("UPDATE Articulos SET Descripcion = 'O'Brien' WHERE Codigo = 'C3'");
+    size_t before = seen.size();
     try {
         svc.EjecutarSql(4, bad, cn);
         FAIL() << "a stray apostrophe must fail";
     } catch (const Error& e) {
         EXPECT_EQ(e.number(), err::SqlSyntax);
     }
-    ASSERT_EQ(seen.size(), 5u);
-    EXPECT_EQ(seen[4].composed, bad.asString());
-    EXPECT_EQ(seen[4].sent, "");
+    ASSERT_EQ(seen.size(), before + 1);
+    EXPECT_EQ(seen.back().composed, bad.asString());
+    EXPECT_EQ(seen.back().sent, "");
 
     sub.reset();
     Variant more("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C4', 'Onlay', 0)");
     svc.EjecutarSql(4, more, cn);
-    EXPECT_EQ(seen.size(), 5u);  // no longer subscribed
+    EXPECT_EQ(seen.size(), before + 1);  // no longer subscribed
 }
 
 TEST_F(ServicesData, DateLiteralsAreAlwaysIso) {
