@@ -6,9 +6,9 @@
 
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
+#include <cctype>
 
 #include "archive_fixture.hpp"
 #include "platform/error.hpp"
@@ -46,15 +46,20 @@ std::vector<CorpusRow> loadCorpus() {
 // FechaSql writes #YYYY-MM-DD HH:MM:SS#, a double prints with a decimal comma, a
 // date or time as the regional short form.
 std::string substitute(const std::string& text, const std::string& localeDouble) {
-    static const std::regex ph("<([A-Za-z][^<>]*)>");
     std::string out;
-    auto begin = std::sregex_iterator(text.begin(), text.end(), ph);
     size_t last = 0;
-    for (auto it = begin; it != std::sregex_iterator(); ++it) {
-        const auto& m = *it;
-        out += text.substr(last, static_cast<size_t>(m.position(0)) - last);
-        last = static_cast<size_t>(m.position(0) + m.length(0));
-        std::string name = m[1].str();
+    for (size_t open = text.find('<'); open != std::string::npos; open = text.find('<', last)) {
+        size_t close = text.find('>', open);
+        // A placeholder starts with a letter; "<>" and "<=" are operators.
+        if (close == std::string::npos || open + 1 >= text.size() || !std::isalpha(static_cast<unsigned char>(text[open + 1])) ||
+            text.find('<', open + 1) < close) {
+            out += text.substr(last, open + 1 - last);
+            last = open + 1;
+            continue;
+        }
+        out += text.substr(last, open - last);
+        last = close + 1;
+        std::string name = text.substr(open + 1, close - open - 1);
         std::string prefix, arg = name;
         if (auto colon = name.find(':'); colon != std::string::npos) {
             prefix = name.substr(0, colon);
@@ -97,8 +102,11 @@ std::string seedValue(const sql::Column& c) {
 }
 
 bool isIsoDate(std::string_view s) {
-    static const std::regex iso(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)");
-    return std::regex_match(s.begin(), s.end(), iso);
+    static const char shape[] = "9999-99-99 99:99:99";
+    if (s.size() != sizeof shape - 1) return false;
+    for (size_t i = 0; i < s.size(); ++i)
+        if (shape[i] == '9' ? !std::isdigit(static_cast<unsigned char>(s[i])) : s[i] != shape[i]) return false;
+    return true;
 }
 
 // Every value of the table is in the stored form of its column type. Returns a
@@ -190,9 +198,16 @@ protected:
         const bool read = r.kind == "select";
         std::string target;
         if (!read) {
-            static const std::regex tab(R"((?:INSERT\s+INTO|UPDATE|DELETE\s+FROM)\s+(\w+))", std::regex::icase);
-            std::smatch m;
-            if (std::regex_search(text, m, tab)) target = m[1].str();
+            // The written table: the word after INSERT INTO, UPDATE or DELETE FROM.
+            std::stringstream words(text);
+            std::string w, prev;
+            while (words >> w) {
+                if (sql::sameName(prev, "INTO") || sql::sameName(prev, "UPDATE") || sql::sameName(prev, "FROM")) {
+                    target = w;
+                    break;
+                }
+                prev = w;
+            }
         }
         s.begin();
         struct Rollback {
