@@ -306,6 +306,7 @@ private:
         if (col->isText()) return;
         switch (t.kind) {
             case Tok::Number: {
+                if (col->isNumber()) return;  // a number into a number column stays as written
                 double v = std::strtod(std::string(t.text).c_str(), nullptr);
                 if (auto lit = numberTo(v, *col)) replace(a, *lit);
                 return;
