@@ -441,6 +441,22 @@ TEST_F(Comments, OrdersKeyNewRowsByTheirCountAndUpdateRunsWithoutRows) {
                 ordenes.primaryRecordset()->value("ID").isEmpty());
 }
 
+TEST_F(Comments, InvoiceCommentsRenumberThroughTheirLowerCaseDateField) {
+    ClsFacturasComentarios facturas;
+    frame::ConnPtr cn;
+    std::string key = "ninguno";
+    Variant id;
+    DateValue fecha;
+    facturas.IniciaRs(cn, key, id, fecha);
+    bool defaults = true;
+    facturas.AddNew(defaults);
+    Variant doc(int32_t{5});
+    DateValue dia = kFecha;
+    facturas.UpdateId(doc, dia);
+    facturas.Update();
+    EXPECT_EQ(query("SELECT Id, Codigo, fecha FROM HFacturas_Comentarios"), "1|5|2026-11-22 00:00:00");
+}
+
 TEST_F(Comments, UpdateIdOverflowsItsSixteenBitCounterPartway) {
     ClsAlbaranesComentarios albaranes;
     frame::ConnPtr cn;
