@@ -146,7 +146,9 @@ Variant decodeValue(const Json& j, ObjectNames& names) {
         default: malformed("a value is a JSON scalar or one of the tagged objects, not " + std::string(j.type_name()));
     }
     if (j.size() != 1) malformed("a tagged value has exactly one key: " + j.dump());
-    const auto& [key, val] = *j.items().begin();
+    const auto first = j.begin();
+    const std::string& key = first.key();
+    const Json& val = first.value();
     if (key == "empty") return Variant();
     if (key == "nothing") return Variant::nothing();
     if (key == "missing") return Variant::missing();
