@@ -1,13 +1,16 @@
 #include "host/registration.hpp"
 
+#include "satellites/comentarios.hpp"
+
 namespace hist::host {
 
 void registerAllClasses(Registry& r) {
     static Registry* done = nullptr;
     if (done == &r) return;
     registerPlatformClasses(r);
-    // The layers above the platform add their registration calls here, in layer
-    // order (data layer, frame and collaborators, tools, record classes).
+    // The layers above the platform, in layer order (data layer, frame and
+    // collaborators, tools, record classes).
+    satellites::registerCommentClasses(r);
     done = &r;
 }
 

@@ -4,6 +4,7 @@
 #include <istream>
 #include <ostream>
 
+#include "ado/recordset.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
@@ -37,7 +38,10 @@ Json errorJson(long number, const std::string& source, const std::string& descri
     return e;
 }
 
-Session::Session() = default;
+Session::Session()
+    : statements_(services::StatementObservers::subscribe([this](const services::StatementEvent& e) {
+          log_.record({e.op, e.iBase, e.connection, e.composed, e.sent});
+      })) {}
 Session::~Session() = default;
 
 std::optional<std::string> Session::handle(std::string_view line) {
@@ -90,7 +94,8 @@ Json Session::dispatch(const Json& req, Json& answer) {
     else if (which == "call") doCall(req, answer);
     else if (which == "release") doRelease(req, answer);
     else if (which == "members") doMembers(req, answer);
-    else doUnavailable(req, answer, op);
+    else if (which == "exec") doExec(req, answer);
+    else doQuery(req, answer);
     return answer;
 }
 
@@ -160,11 +165,64 @@ void Session::doMembers(const Json& req, Json& answer) {
     answer["members"] = ci->listedNames();
 }
 
-void Session::doUnavailable(const Json& req, Json& answer, const char* op) {
-    textField(req, op);
-    answer["sql"] = Json::array();
-    raise(err::NotCapable, err::SrcHost,
-          std::string("\"") + op + "\" is not available: this build has no data service to run statements");
+namespace {
+int16_t baseOf(const Json& req) {
+    auto b = req.find("base");
+    if (b == req.end()) return 4;
+    if (!b->is_number_integer() || b->get<int64_t>() < -32768 || b->get<int64_t>() > 32767)
+        malformed("\"base\" takes a whole number (the iBase)");
+    return static_cast<int16_t>(b->get<int64_t>());
+}
+}  // namespace
+
+// A statement run through the data service on a connection of its own.
+void Session::doExec(const Json& req, Json& answer) {
+    const std::string& text = textField(req, "exec");
+    const int16_t base = baseOf(req);
+    log_.begin();
+    std::exception_ptr failure;
+    try {
+        services::ConnPtr cn;
+        services::ClsServicioDatos().execute(base, text, cn);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    answer["sql"] = log_.toJson(names_);
+    if (failure) std::rethrow_exception(failure);
+}
+
+// A selection opened through the data service; every row, every field.
+void Session::doQuery(const Json& req, Json& answer) {
+    Variant text(textField(req, "query"));
+    const int16_t base = baseOf(req);
+    log_.begin();
+    services::RsPtr rs;
+    services::ConnPtr cn;
+    Json columns = Json::array(), rows = Json::array();
+    std::exception_ptr failure;
+    try {
+        services::ClsServicioDatos().AbrirRs(base, text, rs, cn);
+        auto fields = rs->Fields();
+        const long n = fields->Count();
+        std::vector<std::shared_ptr<ado::Field>> f;
+        for (long i = 0; i < n; ++i) {
+            f.push_back(fields->Item(Variant(static_cast<int32_t>(i))));
+            columns.push_back(f.back()->Name());
+        }
+        if (!(rs->Bof() && rs->Eof())) {
+            for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) {
+                Json row = Json::array();
+                for (const auto& field : f) row.push_back(encodeValue(field->Value(), names_));
+                rows.push_back(std::move(row));
+            }
+        }
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    answer["sql"] = log_.toJson(names_);
+    if (failure) std::rethrow_exception(failure);
+    answer["columns"] = columns;
+    answer["rows"] = rows;
 }
 
 }  // namespace hist::host

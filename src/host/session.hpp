@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/services/data_service.hpp"
 #include "host/statement_log.hpp"
 #include "host/values.hpp"
 
@@ -33,10 +34,14 @@ private:
     void doCall(const Json& req, Json& answer);
     void doRelease(const Json& req, Json& answer);
     void doMembers(const Json& req, Json& answer);
-    void doUnavailable(const Json& req, Json& answer, const char* op);
+    void doExec(const Json& req, Json& answer);
+    void doQuery(const Json& req, Json& answer);
 
     ObjectNames names_;
     StatementLog log_;
+    // The data service tells each statement; the session keeps those of the call in
+    // progress.
+    services::StatementObservers::Subscription statements_;
 };
 
 // The answer's error object for a hist::Error.

@@ -148,8 +148,9 @@ TEST(HostProcessTest, MalformedLinesAreAnsweredAndTheHostGoesOn) {
         {R"({"id":9,"call":"c2.Add","args":[{"bogus":1}]})", 9},
         {R"({"id":10,"call":"c2.Add","args":[[1]]})", 10},
         {R"({"id":11,"call":"c2.Add","args":{"a":1}})", 11},
-        {R"({"id":12,"exec":"UPDATE HOrdenes SET Estado = 1 WHERE Id = 0","base":4})", 12},
-        {R"({"id":13,"query":"SELECT * FROM HOrdenes WHERE Id = 0","base":4})", 13},
+        {R"({"id":12,"exec":"UPDATE NoSuchTable SET Estado = 1 WHERE Id = 0","base":4})", 12},
+        {R"({"id":13,"query":"SELECT * FROM HOrdenes WHERE","base":4})", 13},
+        {R"({"id":14,"query":"SELECT * FROM HOrdenes","base":"cuatro"})", 14},
     };
     for (const auto& c : cases) {
         json a = askJson(h, c.line);
@@ -165,6 +166,61 @@ TEST(HostProcessTest, MalformedLinesAreAnsweredAndTheHostGoesOn) {
     // Blank lines get no answer; the next request is served.
     h.send("");
     EXPECT_EQ(h.ask(R"({"id":99,"call":"c2.Count"})"), R"({"id":99,"ok":true,"result":0,"args":[],"sql":[],"events":{}})");
+    EXPECT_EQ(h.wait(), 0);
+}
+
+TEST(HostProcessTest, StatementsOfACallAreListed) {
+    HostProcess h({"--now", "2026-11-22T10:30:00"});
+    json ins = askJson(h, R"J({"id":1,"exec":"INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) VALUES (7, 5, 'hola', 'x', #2026-11-22#)","base":4})J");
+    ASSERT_EQ(ins["ok"], true) << ins.dump();
+    ASSERT_EQ(ins["sql"].size(), 1u);
+    EXPECT_EQ(ins["sql"][0]["op"], "EjecutarSql");
+    EXPECT_EQ(ins["sql"][0]["base"], 4);
+    EXPECT_TRUE(ins["sql"][0]["conn"].is_string());
+    EXPECT_NE(ins["sql"][0]["text"].get<std::string>().find("#2026-11-22#"), std::string::npos);
+    EXPECT_EQ(ins["sql"][0]["sent"].get<std::string>().find('#'), std::string::npos)
+        << "the engine receives the translated text";
+
+    json q = askJson(h, R"({"id":2,"query":"SELECT Id, Comentarios, Fecha FROM HOrdenes_Comentarios WHERE Codigo = 5"})");
+    ASSERT_EQ(q["ok"], true) << q.dump();
+    EXPECT_EQ(q["columns"], json::parse(R"(["Id","Comentarios","Fecha"])"));
+    EXPECT_EQ(q["rows"], json::parse(R"([[7,"hola",{"date":"2026-11-22T00:00:00"}]])"));
+    EXPECT_EQ(q["sql"][0]["op"], "AbrirRs");
+}
+
+TEST(HostProcessTest, ByReferenceArgumentsOfARecordClass) {
+    HostProcess h({});
+    askJson(h, R"({"id":1,"new":"ClsOrdenesComentarios","as":"o"})");
+    // IniciaRs writes "todos" into an empty keyword and its connection into an unset one.
+    json open = askJson(h, R"({"id":2,"call":"o.IniciaRs","args":[{"nothing":true},""]})");
+    ASSERT_EQ(open["ok"], true) << open.dump();
+    EXPECT_FALSE(open.contains("result"));
+    ASSERT_EQ(open["args"].size(), 2u);
+    EXPECT_EQ(open["args"][1], "todos");
+    ASSERT_TRUE(open["args"][0].contains("ref"));
+    const std::string conn = open["args"][0]["ref"];
+    ASSERT_EQ(open["sql"].size(), 1u);
+    EXPECT_EQ(open["sql"][0]["conn"], conn) << "the statement ran on the connection handed back";
+
+    // The connection keeps its name: GetConnection returns the same object.
+    EXPECT_EQ(askJson(h, R"({"id":3,"call":"o.GetConnection"})")["result"]["ref"], conn);
+    EXPECT_EQ(askJson(h, R"({"id":4,"call":"o.GetConnection"})")["result"]["ref"], conn);
+
+    // The bound grid's way to the recordset; a name in another case leaves the data alone.
+    json dm = askJson(h, R"({"id":5,"call":"o.Class_GetDataMember","args":["Primary",{"empty":true}]})");
+    ASSERT_TRUE(dm["args"][1].contains("ref")) << dm.dump();
+    const std::string rs = dm["args"][1]["ref"];
+    json again = askJson(h, R"({"id":6,"call":"o.Class_GetDataMember","args":["Primary",{"empty":true}]})");
+    EXPECT_EQ(again["args"][1]["ref"], rs);
+    json lower = askJson(h, R"({"id":7,"call":"o.Class_GetDataMember","args":["primary",{"empty":true}]})");
+    EXPECT_EQ(lower["args"][1], json::parse(R"({"empty":true})"));
+
+    json members = askJson(h, R"({"id":8,"members":"ClsOrdenesComentarios"})");
+    ASSERT_EQ(members["ok"], true);
+    for (const auto& m : members["members"]) {
+        EXPECT_NE(m, "Class_GetDataMember");
+        EXPECT_NE(m, "DataMembers");
+    }
     EXPECT_EQ(h.wait(), 0);
 }
 
