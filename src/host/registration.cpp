@@ -1,5 +1,7 @@
 #include "host/registration.hpp"
 
+#include "ado/registration.hpp"
+#include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
 
 namespace hist::host {
@@ -10,6 +12,8 @@ void registerAllClasses(Registry& r) {
     registerPlatformClasses(r);
     // The layers above the platform, in layer order (data layer, frame and
     // collaborators, tools, record classes).
+    ado::registerAdoClasses(r);
+    services::registerServiceClasses(r);
     satellites::registerCommentClasses(r);
     done = &r;
 }

@@ -215,6 +215,26 @@ TEST(HostProcessTest, ByReferenceArgumentsOfARecordClass) {
     json lower = askJson(h, R"({"id":7,"call":"o.Class_GetDataMember","args":["primary",{"empty":true}]})");
     EXPECT_EQ(lower["args"][1], json::parse(R"({"empty":true})"));
 
+    // The recordset's fields by the collection's default member, read and written.
+    askJson(h, R"J({"id":20,"exec":"INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) VALUES (1, 5, 'hola', 'x', #2026-11-22#)"})J");
+    askJson(h, R"({"id":21,"call":"o.Requery"})");
+    json field = askJson(h, R"({"id":22,"call":")" + rs + R"(.Fields","args":["comentarios"]})");
+    ASSERT_TRUE(field["result"].contains("ref")) << field.dump();
+    const std::string f = field["result"]["ref"];
+    EXPECT_EQ(askJson(h, R"({"id":23,"call":")" + f + R"(.Value"})")["result"], "hola");
+    json set = askJson(h, R"({"id":24,"call":")" + f + R"(.Value","set":"adios"})");
+    EXPECT_EQ(set["ok"], true) << set.dump();
+    EXPECT_FALSE(set.contains("args"));
+    json update = askJson(h, R"({"id":25,"call":"o.Update"})");
+    ASSERT_EQ(update["ok"], true) << update.dump();
+    ASSERT_FALSE(update["sql"].empty());
+    EXPECT_EQ(update["sql"][0]["op"], "UpdateBatch");
+    EXPECT_EQ(update["sql"][0]["conn"], conn);
+    json q = askJson(h, R"({"id":26,"query":"SELECT Comentarios FROM HOrdenes_Comentarios WHERE Id = 1"})");
+    EXPECT_EQ(q["rows"], json::parse(R"([["adios"]])"));
+    // Past the last row: the cursor stays and the beep is counted.
+    EXPECT_EQ(askJson(h, R"({"id":27,"call":"o.MoveNext"})")["events"]["beep"], 1);
+
     json members = askJson(h, R"({"id":8,"members":"ClsOrdenesComentarios"})");
     ASSERT_EQ(members["ok"], true);
     for (const auto& m : members["members"]) {
