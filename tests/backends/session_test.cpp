@@ -231,6 +231,20 @@ TEST(SqliteSession, WriterWaitsTheBusyTimeoutThenFailsLocked) {
     EXPECT_EQ(run(*one, "SELECT Codigo FROM Articulos").rows.size(), 2u);
 }
 
+TEST(SqliteSession, OpeningAnArchiveNeedsNoWriteLock) {
+    // A member that opens its own connection while the host holds a transaction on
+    // another one must be able to read: opening a complete archive writes nothing.
+    TempArchive a;
+    auto one = backend::openSession(a.source());
+    one->begin();
+    one->execute("INSERT INTO Articulos (Codigo) VALUES ('A')");
+    std::unique_ptr<backend::Session> two;
+    EXPECT_EQ(errorNumber([&] { two = backend::openSession(a.source(100)); }), 0);
+    ASSERT_TRUE(two);
+    EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
+    one->rollback();
+}
+
 TEST(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
     TempArchive a;
     auto s = backend::openSession(a.source());

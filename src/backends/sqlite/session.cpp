@@ -476,8 +476,28 @@ private:
         if (depth_ == 0) throw Error(-2147168242, err::SrcSql, "No transaction is active.");
     }
 
+    // Counts the catalog's tables the archive already has, reading the schema only, so
+    // that opening a complete archive takes no write lock and never waits for another
+    // connection's transaction.
+    size_t tablesPresent() {
+        const auto& cat = sql::catalog();
+        sqlite3_stmt* st = nullptr;
+        internal_ = true;
+        int rc = sqlite3_prepare_v2(db_, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &st, nullptr);
+        size_t found = 0;
+        while (rc == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW) {
+            auto name = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
+            if (name && cat.table(name)) ++found;
+        }
+        sqlite3_finalize(st);
+        internal_ = false;
+        if (rc != SQLITE_OK) fail(rc, "SELECT name FROM sqlite_master");
+        return found;
+    }
+
     void createSchema() {
         const auto& cat = sql::catalog();
+        if (tablesPresent() == cat.tables().size()) return;
         std::string ddl = cat.ddl();
         // IF NOT EXISTS, so an archive made before a table joined the catalog gains it.
         std::string guarded;
