@@ -175,6 +175,22 @@ TEST(Cursor, ClonesShareRowsAndBookmarksButNotPositionOrFilter) {
     EXPECT_EQ(c->RecordCount(), 4);
 }
 
+TEST(Cursor, ACurrentRowDeletedThroughACloneIsGoneHereToo) {
+    auto rs = names(4);
+    rs->MoveNext();
+    auto c = rs->Clone();
+    c->SetBookmark(Variant(rs->Bookmark()));
+    c->Delete(1);
+    EXPECT_EQ(rs->EditMode(), 4);
+    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
+    EXPECT_EQ(rs->RecordCount(), 3);
+    rs->MoveNext();
+    EXPECT_EQ(id(*rs), 3);
+    c->CancelBatch(3);  // undone through the clone: back in every view
+    EXPECT_EQ(rs->RecordCount(), 4);
+    EXPECT_EQ(id(*rs), 3);
+}
+
 TEST(Editing, BatchUpdateKeepsTheEditModeAndCancelUpdateUndoes) {
     auto rs = names(3);
     rs->MoveNext();
