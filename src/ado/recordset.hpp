@@ -104,6 +104,8 @@ public:
     void Delete(int affectRecords = 1);
 
     // ---- Fields ----
+    // The same Fields object on every call. The recordset must be held by a
+    // shared_ptr (make_shared, the registry's factory): its fields refer back to it.
     std::shared_ptr<ado::Fields> Fields();
     int fieldCount() const;
     // -1 when no field has that name (case ignored, the first of equal names).
