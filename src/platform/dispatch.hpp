@@ -25,8 +25,11 @@
 //                  &ClsOrdenesFases::IniciaRs);
 //         c.method("Class_GetDataMember", {inout("DataMember", PT::String), inout("Data")},
 //                  &ClsOrdenesFases::Class_GetDataMember).unlisted();
-//         c.property("Value", &Field::Value, &Field::setValue);     // get and let
 //     }
+//     // A property with get and let, and a collection's default member:
+//     r.define<Field>("Field", nullptr).property("Value", &Field::Value, &Field::SetValue);
+//     r.define<Fields>("Fields", nullptr).get("Count", &Fields::Count)
+//         .method("Item", {in("Index")}, &Fields::Item).defaultMember("Item");
 //
 // Members are listed in the order they are registered; `unlisted()` keeps a member
 // callable but out of `members` (the data-source members). `defaultMember("Item")`
