@@ -64,6 +64,13 @@ enum class AddNewKey : uint8_t {
     NuevoCodigoPlusCount,    // NuevoCodigo(GetConnection) + RecordCount
 };
 
+// Which columns the listing ToHtmlGrid walks and where each cell's value comes from.
+enum class ListingWalk : uint8_t {
+    RecordFields,   // i over the recordset's Fields.Count; cell i is Fields(i)
+    GridColumns,    // i over the grid's Count; cell i is Fields(i)
+    GridDataField,  // i over the grid's Count; the cell is Fields(<column i>.DataField)
+};
+
 // A field with a default holds the form most classes follow; a class's table names
 // the fields where it differs, and every field without a default.
 struct ClassVariants {
@@ -99,6 +106,11 @@ struct ClassVariants {
     std::string_view convertirSerieKey;  // the key column of ConvertirSerie
     UpdateIdForm updateId;
     std::string_view updateIdParent;     // the parent field UpdateId writes
+
+    // Listings (ToHtmlGrid, ToHtml, ToTxt)
+    ListingWalk listingWalk = ListingWalk::RecordFields;
+    bool listingSavedOrder = true;  // false: a clone sorts by field 0, GetOrder is not asked
+    bool listingSums = false;       // the document classes' block of sums after the table
 };
 
 }  // namespace hist::frame
