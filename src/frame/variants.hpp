@@ -71,6 +71,33 @@ enum class ListingWalk : uint8_t {
     GridDataField,  // i over the grid's Count; the cell is Fields(<column i>.DataField)
 };
 
+// The operators CreateFilter takes from iType, and what it does beyond the base.
+enum class FilterForm : uint8_t {
+    // "1" gives ">=", "2" gives "<=", anything else "Like" on text and "=" elsewhere.
+    // The line classes also take this form.
+    Base,
+    // As Base, and "11" gives ">=", "12" gives "<=".
+    WideRange,
+    // "1", "10", "12" give ">="; "2", "11", "13" give "<="; a 16-bit integer field
+    // counts as a number; on number and boolean fields a combo box is a three-way
+    // choice by its ListIndex (0 "<> 0", 1 "= 0", else nothing).
+    Orders,
+};
+
+// What ValidaDefinedSize answers for a field.
+enum class DefinedSizeForm : uint8_t {
+    Table,             // 32-bit integer Precision - 5, double Precision, text DefinedSize, else 10
+    LongTextConstant,  // as Table, but long text answers 536870910 whatever its DefinedSize
+    WholePrecision,    // as Table, but a 32-bit integer answers its whole Precision
+};
+
+// How ValidaKey judges a printable key.
+enum class KeyForm : uint8_t {
+    Table,              // by the field's type alone
+    SelectionReplaces,  // with text selected in the control ("SelLength" not 0) any key passes
+    WholePrecision,     // as Table, but a 32-bit integer takes its whole Precision
+};
+
 // A field with a default holds the form most classes follow; a class's table names
 // the fields where it differs, and every field without a default.
 struct ClassVariants {
@@ -106,6 +133,12 @@ struct ClassVariants {
     std::string_view convertirSerieKey;  // the key column of ConvertirSerie
     UpdateIdForm updateId;
     std::string_view updateIdParent;     // the parent field UpdateId writes
+
+    // Record tools
+    std::string_view permissionGroup = {};  // the rights group SeguridadPermiso asks about
+    FilterForm filter = FilterForm::Base;
+    DefinedSizeForm definedSize = DefinedSizeForm::Table;
+    KeyForm key = KeyForm::Table;
 
     // Listings (ToHtmlGrid, ToHtml, ToTxt)
     ListingWalk listingWalk = ListingWalk::RecordFields;

@@ -35,6 +35,8 @@ constexpr ClassVariants kOrdenes{
     .convertirSerieKey = "Codigo",
     .updateId = UpdateIdForm::Counter,
     .updateIdParent = "Código",
+    .permissionGroup = "HOrdenes",
+    .definedSize = DefinedSizeForm::LongTextConstant,
 };
 
 // GetConnectionStrToRpt goes to the data service's default operation, which is the
@@ -51,7 +53,7 @@ constexpr std::array<std::string_view, 42> kOrdenesInterface{
 
 // What the comments of customer orders, delivery notes and invoices declare alike.
 constexpr ClassVariants documentComments(std::string_view className, std::string_view table,
-                                         std::string_view selectSql) {
+                                         std::string_view selectSql, std::string_view permissionGroup) {
     return ClassVariants{
         .className = className,
         .table = table,
@@ -70,21 +72,23 @@ constexpr ClassVariants documentComments(std::string_view className, std::string
         .convertirSerieKey = "Codigo",
         .updateId = UpdateIdForm::Counter,
         .updateIdParent = "Código",
+        .permissionGroup = permissionGroup,
+        .definedSize = DefinedSizeForm::LongTextConstant,
     };
 }
 
 constexpr ClassVariants kPedidos = documentComments(
     "ClsPedidosCliComent", "HPedidos_Clientes_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HPedidos_Clientes_Comentarios");
+    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HPedidos_Clientes_Comentarios", "Pedidos_Clientes");
 
 constexpr ClassVariants kAlbaranes = documentComments(
     "ClsAlbaranesComentarios", "HAlbaranes_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HAlbaranes_Comentarios");
+    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HAlbaranes_Comentarios", "Albaranes_Clientes");
 
 // The main selection writes the date column in lower case, so the field is "fecha".
 constexpr ClassVariants kFacturas = documentComments(
     "ClsFacturasComentarios", "HFacturas_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, fecha FROM HFacturas_Comentarios");
+    "SELECT Id, Codigo AS Código, Comentarios, fecha FROM HFacturas_Comentarios", "Facturas");
 
 constexpr std::array<std::string_view, 42> kPedidosInterface{
     "sClassName", "GetConnection", "ConvertirSerie", "GetConnectionStrToRpt", "GetConnectionStr", "DeleteAll",
