@@ -1,0 +1,285 @@
+// CreateFilter over stand-in controls: every row of the tables by field type and
+// control kind, the list walk and what it leaves on the control, the operators of
+// each form, and the failures that pass to the caller.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ado/recordset.hpp"
+#include "tools_fixture.hpp"
+
+namespace hist::tools {
+namespace {
+
+using frame::DefinedSizeForm;
+using frame::FilterForm;
+using frame::KeyForm;
+using test::control;
+using test::errorOf;
+
+// One field of each type the builder tells apart: Codigo text(20), Cantidad double,
+// Numero 32-bit integer, Facturado 16-bit integer, Fecha date, P11 boolean,
+// Comentarios long text. The tables are empty: the builder needs no rows.
+constexpr const char* kAllTypes =
+    "SELECT L.Codigo, L.Cantidad, L.Numero, L.Facturado, L.Fecha, O.P11, C.Comentarios "
+    "FROM HOrdenes_Lineas AS L, HOrdenes_Odontograma AS O, HOrdenes_Comentarios AS C";
+
+constexpr frame::ClassVariants kBase = test::toolVariants("ClsPruebaBase", "HOrdenes_Lineas", kAllTypes,
+                                                          FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+constexpr frame::ClassVariants kWide = test::toolVariants(
+    "ClsPruebaDocumento", "HOrdenes_Lineas", kAllTypes, FilterForm::WideRange, DefinedSizeForm::Table, KeyForm::Table);
+constexpr frame::ClassVariants kOrders = test::toolVariants(
+    "ClsPruebaOrdenes", "HOrdenes_Lineas", kAllTypes, FilterForm::Orders, DefinedSizeForm::Table, KeyForm::Table);
+
+class CreateFilterTest : public test::ToolsFixture {
+protected:
+    void SetUp() override {
+        ToolsFixture::SetUp();
+        openAll(base);
+        openAll(wide);
+        openAll(orders);
+    }
+
+    static std::string build(frame::RecordClass& cls, const std::shared_ptr<StandInControl>& ctl,
+                             std::string iType = {}) {
+        Variant v(ctl);
+        return cls.CreateFilter(v, iType);
+    }
+
+    frame::RecordClass base{kBase};
+    frame::RecordClass wide{kWide};
+    frame::RecordClass orders{kOrders};
+};
+
+TEST_F(CreateFilterTest, TheSelectionHasEachFieldTypeTheTablesName) {
+    auto& rs = *base.primaryRecordset();
+    const std::vector<std::pair<std::string, int>> expected = {
+        {"Codigo", 202}, {"Cantidad", 5}, {"Numero", 3}, {"Facturado", 2},
+        {"Fecha", 7},    {"P11", 11},     {"Comentarios", 203}};
+    for (const auto& [name, type] : expected) EXPECT_EQ(rs.Fields()->Item(Variant(name))->Type(), type) << name;
+}
+
+struct Case {
+    const char* what;
+    ControlKind kind;
+    const char* field;
+    std::vector<std::pair<std::string_view, Variant>> props;
+    std::string iType;
+    std::string expected;
+};
+
+TEST_F(CreateFilterTest, BaseFormByFieldTypeAndControlKind) {
+    using K = ControlKind;
+    const std::vector<Case> cases = {
+        // Text fields.
+        {"text box, iType omitted", K::TextBox, "Codigo", {{"Text", "Ana"}}, "", "Codigo Like 'Ana*' "},
+        {"text box, iType 1 keeps the *", K::TextBox, "Codigo", {{"Text", "Ana"}}, "1", "Codigo >= 'Ana*' "},
+        {"text box, iType 2", K::TextBox, "Codigo", {{"Text", "Ana"}}, "2", "Codigo <= 'Ana*' "},
+        {"text box, unknown iType", K::TextBox, "Codigo", {{"Text", "Ana"}}, "7", "Codigo Like 'Ana*' "},
+        {"quotes are not doubled", K::TextBox, "Codigo", {{"Text", "O'Neil"}}, "", "Codigo Like 'O'Neil*' "},
+        {"combo box", K::ComboBox, "Codigo", {{"Text", "Ana"}}, "", "Codigo Like 'Ana*' "},
+        {"bound combo compares whole", K::DataCombo, "Codigo", {{"Text", "Ana"}, {"BoundText", "A-17"}}, "",
+         "Codigo Like 'A-17' "},
+        {"bound combo without text", K::DataCombo, "Codigo", {{"Text", ""}, {"BoundText", "A-17"}}, "", ""},
+        {"other control: Value tested, Text used", K::Other, "Codigo", {{"Value", "x"}, {"Text", "Ana"}}, "",
+         "Codigo Like 'Ana*' "},
+        // Number fields.
+        {"text box on a double, iType 2", K::TextBox, "Cantidad", {{"Text", "12"}}, "2", "Cantidad <= 12 "},
+        {"text box on a long", K::TextBox, "Numero", {{"Text", "12"}}, "", "Numero = 12 "},
+        {"text is not checked", K::TextBox, "Numero", {{"Text", "abc"}}, "", "Numero = abc "},
+        {"check box on", K::CheckBox, "Numero", {{"Value", int16_t{1}}}, "", "Numero <> 0 "},
+        {"check box off is its Value", K::CheckBox, "Numero", {{"Value", int16_t{0}}}, "", "Numero = 0 "},
+        {"check box off ignores iType", K::CheckBox, "Numero", {{"Value", int16_t{0}}}, "1", "Numero = 0 "},
+        {"check box greyed", K::CheckBox, "Cantidad", {{"Value", int16_t{2}}}, "", ""},
+        {"combo box is any other control", K::ComboBox, "Numero", {{"Text", "7"}}, "1", "Numero >= 7 "},
+        // Boolean fields.
+        {"check box on", K::CheckBox, "P11", {{"Value", int16_t{1}}}, "", "P11 <> 0 "},
+        {"check box off adds nothing", K::CheckBox, "P11", {{"Value", int16_t{0}}}, "", ""},
+        {"text box", K::TextBox, "P11", {{"Text", "-1"}}, "", "P11 = -1 "},
+        {"text box, iType 1", K::TextBox, "P11", {{"Text", "-1"}}, "1", "P11 >= -1 "},
+        {"other control at 0", K::Other, "P11", {{"Value", int16_t{0}}}, "", "P11 = 0 "},
+        {"other control at 1 ignores iType", K::Other, "P11", {{"Value", int16_t{1}}}, "2", "P11 = 1 "},
+        {"other control at 2", K::Other, "P11", {{"Value", int16_t{2}}}, "", ""},
+        {"combo box tests Value, writes its text", K::ComboBox, "P11", {{"Text", "Sí"}, {"Value", int16_t{1}}}, "",
+         "P11 = Sí "},
+        {"combo box with Value 2", K::ComboBox, "P11", {{"Text", "Sí"}, {"Value", int16_t{2}}}, "", ""},
+        // Dates and every other type.
+        {"date, iType 1", K::TextBox, "Fecha", {{"Text", "01/02/2003"}}, "1", "Fecha >= #01/02/2003# "},
+        {"date, check box off has the text 0", K::CheckBox, "Fecha", {{"Value", int16_t{0}}}, "", "Fecha = #0# "},
+        {"long text goes the date way", K::TextBox, "Comentarios", {{"Text", "hola"}}, "", "Comentarios = #hola# "},
+        {"16-bit integer is no number here", K::TextBox, "Facturado", {{"Text", "3"}}, "", "Facturado = #3# "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.field) + ": " + c.what);
+        auto ctl = control(c.kind, c.field);
+        for (const auto& [name, value] : c.props) ctl->define(name, value);
+        EXPECT_EQ(build(base, ctl, c.iType), c.expected);
+    }
+}
+
+TEST_F(CreateFilterTest, AnEmptyTextBoxSaysNothingOnEveryFieldType) {
+    for (const char* field : {"Codigo", "Cantidad", "Numero", "Facturado", "Fecha", "P11", "Comentarios"}) {
+        for (frame::RecordClass* cls : {&base, &wide, &orders}) {
+            SCOPED_TRACE(std::string(field) + " in " + std::string(cls->variants().className));
+            EXPECT_EQ(build(*cls, control(ControlKind::TextBox, field, {{"Text", ""}})), "");
+            EXPECT_EQ(build(*cls, control(ControlKind::TextBox, field, {{"Text", Variant::null()}})), "");
+        }
+    }
+}
+
+TEST_F(CreateFilterTest, TheListWalkJoinsEveryRowAndLeavesTheLastOneCurrent) {
+    auto names = control(ControlKind::ListBox, "Codigo");
+    names->setList({"A", "B", "C"});
+    names->define("ListIndex", int32_t{0});
+    EXPECT_EQ(build(base, names), "Codigo Like 'A'  Or Codigo Like 'B'  Or Codigo Like 'C' ");
+    EXPECT_EQ(names->get("ListIndex"), Variant(int32_t{2}));
+    EXPECT_EQ(names->get("Text"), Variant("C"));
+
+    struct ListCase {
+        const char* field;
+        std::vector<std::string> rows;
+        std::string iType;
+        std::string expected;
+    };
+    const std::vector<ListCase> cases = {
+        {"Codigo", {"A"}, "", "Codigo Like 'A' "},
+        {"Codigo", {"A", "B"}, "2", "Codigo <= 'A'  Or Codigo <= 'B' "},
+        {"Numero", {"1", "2"}, "1", "Numero >= 1  Or Numero >= 2 "},
+        {"Cantidad", {"1,5"}, "", "Cantidad = 1,5 "},
+        // Two blanks after the operator on a boolean.
+        {"P11", {"-1", "0"}, "", "P11 =  -1  Or P11 =  0 "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.field) + " " + c.expected);
+        auto list = control(ControlKind::ListBox, c.field);
+        list->setList(c.rows);
+        EXPECT_EQ(build(base, list, c.iType), c.expected);
+        EXPECT_EQ(list->get("ListIndex"), Variant(static_cast<int32_t>(c.rows.size() - 1)));
+    }
+
+    // An empty list says nothing and is left as it was.
+    for (const char* field : {"Codigo", "Numero", "P11"}) {
+        auto empty = control(ControlKind::ListBox, field);
+        empty->setList({});
+        EXPECT_EQ(build(base, empty), "") << field;
+        EXPECT_EQ(empty->get("ListIndex"), Variant(int32_t{-1})) << field;
+    }
+}
+
+TEST_F(CreateFilterTest, EachFormReadsItsOwnITypes) {
+    struct OpCase {
+        std::string iType;
+        std::string base, wide, orders;  // the condition of the text box "5" on Numero
+    };
+    const std::vector<OpCase> cases = {
+        {"", "Numero = 5 ", "Numero = 5 ", "Numero = 5 "},
+        {"1", "Numero >= 5 ", "Numero >= 5 ", "Numero >= 5 "},
+        {"2", "Numero <= 5 ", "Numero <= 5 ", "Numero <= 5 "},
+        {"10", "Numero = 5 ", "Numero = 5 ", "Numero >= 5 "},
+        {"11", "Numero = 5 ", "Numero >= 5 ", "Numero <= 5 "},
+        {"12", "Numero = 5 ", "Numero <= 5 ", "Numero >= 5 "},
+        {"13", "Numero = 5 ", "Numero = 5 ", "Numero <= 5 "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE("iType " + c.iType);
+        auto box = control(ControlKind::TextBox, "Numero", {{"Text", "5"}});
+        EXPECT_EQ(build(base, box, c.iType), c.base);
+        EXPECT_EQ(build(wide, box, c.iType), c.wide);
+        EXPECT_EQ(build(orders, box, c.iType), c.orders);
+    }
+    // The text operator follows the same choice; "11" is Like only in the base form.
+    auto text = control(ControlKind::TextBox, "Codigo", {{"Text", "Ana"}});
+    EXPECT_EQ(build(base, text, "11"), "Codigo Like 'Ana*' ");
+    EXPECT_EQ(build(wide, text, "11"), "Codigo >= 'Ana*' ");
+    EXPECT_EQ(build(orders, text, "11"), "Codigo <= 'Ana*' ");
+}
+
+TEST_F(CreateFilterTest, TheOrdersFormCountsShortIntegersAndReadsCombosThreeWays) {
+    EXPECT_EQ(build(orders, control(ControlKind::TextBox, "Facturado", {{"Text", "3"}})), "Facturado = 3 ");
+    EXPECT_EQ(build(wide, control(ControlKind::TextBox, "Facturado", {{"Text", "3"}})), "Facturado = #3# ");
+
+    struct ComboCase {
+        int32_t listIndex;
+        const char* expected;  // the condition on Numero; on P11 the same with its name
+    };
+    const std::vector<ComboCase> cases = {{0, " <> 0 "}, {1, " = 0 "}, {2, ""}, {-1, ""}};
+    for (const char* field : {"Numero", "Facturado", "P11"}) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(field) + " at " + std::to_string(c.listIndex));
+            auto combo = control(ControlKind::ComboBox, field);
+            combo->setList({"Sí", "No", "Todos"});
+            combo->define("ListIndex", c.listIndex);
+            combo->define("Value", int16_t{1});
+            const std::string expected = *c.expected ? std::string(field) + c.expected : std::string();
+            EXPECT_EQ(build(orders, combo), expected);
+        }
+    }
+    // The base form takes the same combo as any other control.
+    auto combo = control(ControlKind::ComboBox, "Numero");
+    combo->setList({"Sí", "No", "Todos"});
+    combo->define("ListIndex", int32_t{0});
+    EXPECT_EQ(build(base, combo), "Numero = Sí ");
+    // Text fields keep the base rows in the orders' form.
+    auto text = control(ControlKind::ComboBox, "Codigo", {{"Text", "Ana"}});
+    EXPECT_EQ(build(orders, text), "Codigo Like 'Ana*' ");
+}
+
+TEST_F(CreateFilterTest, LookupFailuresPassToTheCaller) {
+    std::string iType;
+    auto unbound = std::make_shared<StandInControl>(ControlKind::TextBox);
+    unbound->define("Text", "Ana");
+    Variant v(unbound);
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(v, iType); }), 438);
+
+    Variant unknown(control(ControlKind::TextBox, "Nada", {{"Text", "Ana"}}));
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(unknown, iType); }), 3265);
+
+    // A bound combo on a boolean must have "Value".
+    Variant noValue(control(ControlKind::DataCombo, "P11", {{"Text", "Sí"}, {"BoundText", "-1"}}));
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(noValue, iType); }), 438);
+
+    Variant text("Ana");
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(text, iType); }), 424);
+    Variant nothing = Variant::nothing();
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(nothing, iType); }), 91);
+
+    frame::RecordClass closed{kBase};
+    Variant box(control(ControlKind::TextBox, "Codigo", {{"Text", "Ana"}}));
+    EXPECT_EQ(errorOf([&] { closed.CreateFilter(box, iType); }), 91);
+}
+
+// The conditions are the recordset's own dialect: joined, they filter real rows.
+constexpr frame::ClassVariants kLines = test::toolVariants(
+    "ClsPruebaLineas", "HOrdenes_Lineas", "SELECT Codigo, Cantidad, Numero, Fecha FROM HOrdenes_Lineas",
+    FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+
+TEST_F(CreateFilterTest, JoinedConditionsFilterTheRecordset) {
+    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Ana', 1, 10, #2003-02-01#)");
+    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Anabel', 5, 11, #2003-02-03#)");
+    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Berta', 9, 12, #2003-02-05#)");
+    frame::RecordClass lines{kLines};
+    openAll(lines);
+    auto& rs = *lines.primaryRecordset();
+
+    const std::string byName = build(lines, control(ControlKind::TextBox, "Codigo", {{"Text", "ana"}}));
+    const std::string byAmount = build(lines, control(ControlKind::TextBox, "Cantidad", {{"Text", "5"}}), "1");
+    lines.AplyFilter(byName + "And " + byAmount);
+    EXPECT_EQ(rs.RecordCount(), 1);
+    EXPECT_EQ(rs.value("Codigo"), Variant("Anabel"));
+
+    auto list = control(ControlKind::ListBox, "Numero");
+    list->setList({"10", "12"});
+    lines.AplyFilter(build(lines, list));
+    EXPECT_EQ(rs.RecordCount(), 2);
+
+    lines.AplyFilter(build(lines, control(ControlKind::TextBox, "Fecha", {{"Text", "03/02/2003"}}), "2"));
+    EXPECT_EQ(rs.RecordCount(), 2);
+
+    lines.AplyFilter("");
+    EXPECT_EQ(rs.RecordCount(), 3);
+}
+
+}  // namespace
+}  // namespace hist::tools
