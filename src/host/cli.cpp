@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "frame/services/rights.hpp"
+#include "host/demo.hpp"
 #include "host/options.hpp"
 #include "host/registration.hpp"
 #include "host/session.hpp"
@@ -23,7 +24,8 @@ void usage(std::ostream& os) {
           "                    --work-dir DIR --settings-dir DIR\n"
           "  init     create an archive: [--db PATH] [--force] [--sample [--orders N] [--seed S]]\n"
           "  rights   refused rights: deny|allow USER GROUP ACTION, list [USER]\n"
-          "  demo     the main job on the embedded default archive\n"
+          "  demo     the main job on the default archive: [--db PATH] [--config FILE]\n"
+          "           (creates the sample archive when missing: [--orders N] [--seed S])\n"
           "--trace shows every statement sent to the archive on standard error\n";
 }
 
@@ -65,10 +67,7 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
         usage(out);
         return 0;
     }
-    if (cmd == "demo") {
-        out << "historicos " << version << "\n";
-        return 0;
-    }
+    if (cmd == "demo") return demoCommand(args, trace, out, err);
     if (cmd == "host") return runHost(args, trace, in, out, err);
     if (cmd == "init") return sample::initCommand(args, out, err);
     if (cmd == "rights") return services::rightsCommand(args, out, err);

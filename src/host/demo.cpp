@@ -1,0 +1,138 @@
+#include "host/demo.hpp"
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+
+#include "ado/recordset.hpp"
+#include "frame/services/config.hpp"
+#include "frame/services/data_service.hpp"
+#include "platform/error.hpp"
+#include "platform/regional.hpp"
+#include "platform/runtime.hpp"
+#include "sample/sample.hpp"
+#include "satellites/comentarios.hpp"
+
+namespace hist::host {
+
+namespace {
+
+struct DemoOptions {
+    std::optional<std::string> db, config;
+    std::size_t orders = 2000;
+    uint64_t seed = 1;
+};
+
+DemoOptions parse(const std::vector<std::string>& args) {
+    DemoOptions o;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        auto value = [&]() -> const std::string& {
+            if (i + 1 >= args.size()) raise(err::InvalidCall, err::SrcHost, a + " needs a value");
+            return args[++i];
+        };
+        if (a == "--db") o.db = value();
+        else if (a == "--config") o.config = value();
+        else if (a == "--orders") o.orders = std::stoul(value());
+        else if (a == "--seed") o.seed = std::stoull(value());
+        else raise(err::InvalidCall, err::SrcHost, "unknown option '" + a + "' (demo takes --db, --config, --orders, --seed)");
+    }
+    return o;
+}
+
+// The newest document that has comments: its number and date, from its comment table.
+struct Newest {
+    Variant numero;
+    DateValue fecha;
+};
+
+std::optional<Newest> newestCommented(const std::string& commentTable) {
+    services::ClsServicioDatos ds;
+    Variant sql("SELECT Codigo, Fecha FROM " + commentTable + " WHERE Fecha Is Not Null");
+    services::RsPtr rs;
+    services::ConnPtr cn;
+    ds.AbrirRs(4, sql, rs, cn);
+    if (rs->Bof() && rs->Eof()) return std::nullopt;
+    rs->SetSort("Fecha DESC, Codigo DESC");
+    rs->MoveFirst();  // Sort keeps the current row; the newest is now the first
+    return Newest{rs->value("Codigo"), DateValue{rt::CDate(rs->value("Fecha"))}};
+}
+
+// Opens a comment class on one document and prints its rows, as a bound grid shows them.
+void showComments(frame::RecordClass& cls, const std::string& title, const Newest& doc, std::ostream& out) {
+    services::ConnPtr cn;
+    std::string keyword = "seleccion";
+    Variant id = doc.numero;
+    DateValue fecha = doc.fecha;
+    cls.IniciaRs(cn, keyword, id, fecha);
+    ado::Recordset& rs = *cls.primaryRecordset();
+    out << "\n" << title << " " << rt::CStr(doc.numero) << " (" << rt::Format(Variant(doc.fecha), "Long Date")
+        << "): " << rs.RecordCount() << " comment(s) through " << cls.typeName() << "\n";
+    if (!cls.ExistenRegistros()) return;
+    cls.MoveFirst();
+    while (!rs.Eof()) {
+        Variant text = rs.value("Comentarios");
+        out << "  " << rt::CStr(rs.value("Id")) << ". " << (text.isNull() ? std::string("(sin texto)") : rt::CStr(text))
+            << "\n";
+        rs.MoveNext();
+    }
+}
+
+}  // namespace
+
+int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& out, std::ostream& err) {
+    try {
+        DemoOptions o = parse(args);
+        services::Config cfg = services::Config::load(o.config);
+        services::Config::Overrides ov;
+        ov.db = o.db;
+        cfg.apply(ov);
+        Regional::setCurrent(Regional::byName(cfg.regional));
+        const std::string path = cfg.archivePath();
+        services::Configuration::install(cfg);
+
+        std::optional<services::StatementObservers::Subscription> tracing;
+        if (trace) {
+            tracing = services::StatementObservers::subscribe([&err](const services::StatementEvent& e) {
+                err << "[" << e.op << " " << e.iBase << "] " << e.composed << "\n";
+                if (e.sent != e.composed) err << "    sent: " << e.sent << "\n";
+            });
+        }
+
+        if (!std::filesystem::exists(path)) {
+            std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+            out << "Creating the sample archive " << path << " (" << o.orders << " work orders)...\n";
+            sample::Options so;
+            so.orders = o.orders;
+            so.seed = o.seed;
+            sample::generate(path, so);
+        }
+        sample::summary(path, out);
+
+        if (auto doc = newestCommented("HOrdenes_Comentarios")) {
+            satellites::ClsOrdenesComentarios c;
+            showComments(c, "Newest commented work order", *doc, out);
+        }
+        if (auto doc = newestCommented("HPedidos_Clientes_Comentarios")) {
+            satellites::ClsPedidosCliComent c;
+            showComments(c, "Newest commented customer order", *doc, out);
+        }
+        if (auto doc = newestCommented("HAlbaranes_Comentarios")) {
+            satellites::ClsAlbaranesComentarios c;
+            showComments(c, "Newest commented delivery note", *doc, out);
+        }
+        if (auto doc = newestCommented("HFacturas_Comentarios")) {
+            satellites::ClsFacturasComentarios c;
+            showComments(c, "Newest commented invoice", *doc, out);
+        }
+        return 0;
+    } catch (const Error& e) {
+        err << "historicos demo: " << e.description() << " (error " << e.number() << ", " << e.source() << ")\n";
+        return 1;
+    } catch (const std::exception& e) {
+        err << "historicos demo: " << e.what() << "\n";
+        return 1;
+    }
+}
+
+}  // namespace hist::host

@@ -1,0 +1,66 @@
+// The main job, in-process: on a missing archive it creates the sample, shows its
+// contents and reads comments through the comment classes; on a second run it uses
+// the archive as it stands.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include "frame/services/config.hpp"
+#include "host/demo.hpp"
+
+namespace hist {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct TempDir {
+    fs::path path;
+    TempDir() {
+        char tmpl[] = "/tmp/historicos-demo-XXXXXX";
+        path = mkdtemp(tmpl);
+    }
+    ~TempDir() { fs::remove_all(path); }
+};
+
+TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
+    TempDir dir;
+    const std::string db = (dir.path / "sub" / "archivo.db").string();
+    std::ostringstream out, err;
+    ASSERT_EQ(host::demoCommand({"--db", db, "--orders", "300"}, true, out, err), 0) << err.str();
+    const std::string text = out.str();
+    EXPECT_TRUE(fs::exists(db));
+    EXPECT_NE(text.find("Creating the sample archive " + db), std::string::npos) << text;
+    // The summary counts rows and names the newest documents.
+    EXPECT_NE(text.find("HOrdenes_Lineas"), std::string::npos) << text;
+    // Each comment class opened its selection and listed at least one comment.
+    for (const char* cls : {"ClsOrdenesComentarios", "ClsAlbaranesComentarios", "ClsFacturasComentarios"}) {
+        auto at = text.find(std::string("comment(s) through ") + cls);
+        ASSERT_NE(at, std::string::npos) << cls << "\n" << text;
+        // The line after the heading is a comment row: "  <Id>. <text>".
+        std::string after = text.substr(text.find('\n', at) + 1);
+        EXPECT_TRUE(std::regex_search(after, std::regex("^  [0-9]+\\. \\S"))) << cls << "\n" << after;
+    }
+    // --trace showed the composed selections of the classes on the error stream.
+    EXPECT_NE(err.str().find("FROM HOrdenes_Comentarios Where (Codigo = "), std::string::npos) << err.str();
+
+    // A second run reuses the archive.
+    std::ostringstream out2, err2;
+    ASSERT_EQ(host::demoCommand({"--db", db}, false, out2, err2), 0) << err2.str();
+    EXPECT_EQ(out2.str().find("Creating the sample archive"), std::string::npos);
+    EXPECT_TRUE(err2.str().empty()) << err2.str();
+    services::Configuration::reset();
+}
+
+TEST(Demo, BadOptionsAreOneClearLine) {
+    std::ostringstream out, err;
+    EXPECT_EQ(host::demoCommand({"--frobnicate"}, false, out, err), 1);
+    const std::string message = err.str();
+    EXPECT_NE(message.find("unknown option '--frobnicate'"), std::string::npos) << message;
+    EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 1) << message;
+}
+
+}  // namespace
+}  // namespace hist
