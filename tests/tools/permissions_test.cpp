@@ -1,0 +1,78 @@
+// SeguridadPermiso: the key of the class's permission group and a refusal made
+// with the rights command reported by the member.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "frame/services/rights.hpp"
+#include "tools/tool_members.hpp"
+#include "tools_fixture.hpp"
+
+namespace hist::tools {
+namespace {
+
+using frame::DefinedSizeForm;
+using frame::FilterForm;
+using frame::KeyForm;
+using test::errorOf;
+
+constexpr frame::ClassVariants kVentas =
+    test::toolVariants("ClsPruebaVentas", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios",
+                       FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table, "Facturas");
+constexpr frame::ClassVariants kRecibos =
+    test::toolVariants("ClsPruebaRecibos", "Recibos", "SELECT Id FROM Recibos", FilterForm::Base,
+                       DefinedSizeForm::Table, KeyForm::Table, "Facturas");
+constexpr frame::ClassVariants kOrdenes =
+    test::toolVariants("ClsPruebaOrdenes", "HOrdenes_Comentarios", "SELECT Id FROM HOrdenes_Comentarios",
+                       FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table, "HOrdenes");
+constexpr frame::ClassVariants kSinGrupo =
+    test::toolVariants("ClsPruebaSinGrupo", "Recibos", "SELECT Id FROM Recibos", FilterForm::Base,
+                       DefinedSizeForm::Table, KeyForm::Table, "");
+
+class Permissions : public test::ToolsFixture {
+protected:
+    static int rights(std::vector<std::string> args) {
+        std::ostringstream out, err;
+        return services::rightsCommand(args, out, err);
+    }
+    static bool allowed(frame::RecordClass& cls, std::string action) { return cls.SeguridadPermiso(action); }
+};
+
+TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
+    frame::RecordClass ventas{kVentas};
+    EXPECT_EQ(permissionKey(ventas), "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\Seguridad\\Facturas\\");
+    auto app = std::make_shared<DefaultApplication>();
+    app->setProductName("Archivo");
+    app->setMinor(4);
+    setApplication(app);
+    EXPECT_EQ(permissionKey(ventas), "SOFTWARE\\Laboratorio\\Archivo\\1.4\\Seguridad\\Seguridad\\Facturas\\");
+}
+
+TEST_F(Permissions, ARefusalIsReportedForItsGroupUserAndActionOnly) {
+    frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes};
+    EXPECT_TRUE(allowed(ventas, "Borrar"));
+    ASSERT_EQ(rights({"deny", "ana", "Facturas", "Borrar"}), 0);
+
+    // Classes of one group answer alike; another group, action or user is untouched.
+    EXPECT_FALSE(allowed(ventas, "Borrar"));
+    EXPECT_FALSE(allowed(recibos, "Borrar"));
+    EXPECT_FALSE(allowed(ventas, "BORRAR"));
+    EXPECT_TRUE(allowed(ventas, "Modificar"));
+    EXPECT_TRUE(allowed(ordenes, "Borrar"));
+    CurrentUser::set("luis");
+    EXPECT_TRUE(allowed(ventas, "Borrar"));
+    CurrentUser::set("ana");
+
+    ASSERT_EQ(rights({"allow", "ana", "Facturas", "Borrar"}), 0);
+    EXPECT_TRUE(allowed(ventas, "Borrar"));
+}
+
+TEST_F(Permissions, AClassWithoutAGroupIsAnError) {
+    frame::RecordClass sinGrupo{kSinGrupo};
+    EXPECT_EQ(errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);
+}
+
+}  // namespace
+}  // namespace hist::tools

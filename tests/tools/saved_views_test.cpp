@@ -1,0 +1,257 @@
+// Saved filters and orders in the per-user settings store: where they are kept,
+// their defaults, when SetOrder saves and when it does not, AplyFilter, and the
+// order restored at the end of IniciaRs and Requery.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ado/recordset.hpp"
+#include "frame/services/settings.hpp"
+#include "tools/tool_members.hpp"
+#include "tools_fixture.hpp"
+
+namespace hist::tools {
+namespace {
+
+using frame::DefinedSizeForm;
+using frame::FilterForm;
+using frame::KeyForm;
+using test::errorOf;
+
+constexpr const char* kSelect =
+    "SELECT Id, Codigo, Comentarios, Fecha, Descripcion AS [Mi campo] FROM HOrdenes_Comentarios";
+
+constexpr frame::ClassVariants kPlain = test::toolVariants("ClsPruebaVistas", "HOrdenes_Comentarios", kSelect,
+                                                           FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+
+constexpr frame::ClassVariants withOrder(frame::ClassVariants v, bool onIniciaRs, bool onRequery) {
+    v.orderOnIniciaRs = onIniciaRs;
+    v.orderOnRequery = onRequery;
+    return v;
+}
+constexpr frame::ClassVariants kRestoring = withOrder(kPlain, true, true);
+constexpr frame::ClassVariants kRequeryOnly = withOrder(kPlain, false, true);
+
+const std::string kTodos =
+    "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\HOrdenes_Comentarios\\todos\\";
+
+class SavedViews : public test::ToolsFixture {
+protected:
+    void SetUp() override {
+        ToolsFixture::SetUp();
+        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
+             "VALUES (1, 7, 'b', 'y', #2026-01-02#)");
+        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
+             "VALUES (2, 7, 'c', 'x', #2026-01-03#)");
+        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
+             "VALUES (3, 8, 'a', 'z', #2026-01-01#)");
+    }
+
+    // A value as the store holds it under a key path, read past the class.
+    static std::string stored(const std::string& key, const char* name, const std::string& absent = "<none>") {
+        services::ClsClaveRegistro store;
+        store.AbrirClave(key);
+        return store.LeerValor(Variant(name), absent);
+    }
+
+    static void open(frame::RecordClass& cls, const std::string& keyword) {
+        frame::ConnPtr cn;
+        std::string key = keyword;
+        Variant id(int32_t{7});
+        DateValue fecha{rt::dateSerial(2026, 1, 2)};
+        cls.IniciaRs(cn, key, id, fecha);
+    }
+
+    // The Id of each row in the order the recordset shows them.
+    static std::string ids(frame::RecordClass& cls) {
+        auto& rs = *cls.primaryRecordset();
+        std::string out;
+        if (rs.RecordCount() == 0) return out;
+        rs.MoveFirst();
+        while (!rs.Eof()) {
+            out += rt::CStr(rs.value("Id"));
+            rs.MoveNext();
+        }
+        return out;
+    }
+};
+
+TEST_F(SavedViews, NothingSavedReadsAsTheDefaults) {
+    frame::RecordClass cls{kPlain};
+    EXPECT_EQ(cls.GetFilter("todos"), "");
+    int16_t index = 7;
+    std::string mode = " DESC";
+    cls.GetOrder(index, mode, "todos");
+    EXPECT_EQ(index, 0);
+    EXPECT_EQ(mode, "");
+}
+
+TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
+    frame::RecordClass cls{kPlain};
+    std::string criteria = "Codigo = 7", key = "todos";
+    cls.SetFilter(criteria, key);
+    EXPECT_EQ(stored(kTodos, "Criteria"), "Codigo = 7");
+    EXPECT_EQ(cls.GetFilter("Todos"), "Codigo = 7");
+    EXPECT_EQ(cls.GetFilter("seleccion"), "");
+    // SetFilter does not touch the recordset.
+    open(cls, "todos");
+    EXPECT_EQ(cls.primaryRecordset()->RecordCount(), 3);
+
+    // Another table is another key.
+    constexpr frame::ClassVariants kOther =
+        test::toolVariants("ClsOtra", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios",
+                           FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+    frame::RecordClass other{kOther};
+    EXPECT_EQ(other.GetFilter("todos"), "");
+
+    // The application's own values, asked at each call, make the path.
+    auto app = std::make_shared<DefaultApplication>();
+    app->setCompanyName("Otra");
+    app->setMajor(2);
+    app->setMinor(3);
+    setApplication(app);
+    EXPECT_EQ(viewKey(cls, "todos"),
+              "SOFTWARE\\Otra\\Historicos\\2.3\\Configuracion\\registros\\HOrdenes_Comentarios\\todos\\");
+    EXPECT_EQ(cls.GetFilter("todos"), "");
+    criteria = "Codigo = 8";
+    cls.SetFilter(criteria, key);
+    setApplication(nullptr);
+    EXPECT_EQ(cls.GetFilter("todos"), "Codigo = 7");
+}
+
+TEST_F(SavedViews, SetOrderSortsByTheFieldAndModeThenSaves) {
+    frame::RecordClass cls{kPlain};
+    open(cls, "todos");
+    int16_t index = 3;
+    std::string mode = " DESC", key = "todos";
+    cls.SetOrder(index, mode, key);
+    EXPECT_EQ(cls.primaryRecordset()->Sort(), "Fecha DESC");
+    EXPECT_EQ(ids(cls), "213");
+    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "3");
+    EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
+
+    int16_t readIndex = 0;
+    std::string readMode;
+    cls.GetOrder(readIndex, readMode, "Todos");
+    EXPECT_EQ(readIndex, 3);
+    EXPECT_EQ(readMode, " DESC");
+
+    // A name with a blank goes in as it stands.
+    index = 4;
+    mode = "";
+    cls.SetOrder(index, mode, key);
+    EXPECT_EQ(cls.primaryRecordset()->Sort(), "Mi campo");
+    EXPECT_EQ(ids(cls), "213");
+    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "4");
+    EXPECT_EQ(stored(kTodos, "Mode"), "");
+}
+
+TEST_F(SavedViews, SetOrderSavesNothingItCouldNotApply) {
+    frame::RecordClass cls{kPlain};
+    open(cls, "todos");
+    int16_t index = 2;
+    std::string mode = " DESC", key = "todos";
+    cls.SetOrder(index, mode, key);
+    ASSERT_EQ(stored(kTodos, "IndexOrderField"), "2");
+
+    struct Case {
+        const char* what;
+        int16_t index;
+        std::string mode;
+        long error;
+    };
+    const std::vector<Case> cases = {
+        {"past the last field", 5, "", 3265},
+        {"before the first field", -1, "", 3265},
+        {"a mode the recordset refuses", 1, " SIDEWAYS", 3265},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        int16_t i = c.index;
+        std::string m = c.mode;
+        EXPECT_EQ(errorOf([&] { cls.SetOrder(i, m, key); }), c.error);
+        EXPECT_EQ(stored(kTodos, "IndexOrderField"), "2");
+        EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
+    }
+
+    // An empty selection neither sorts nor saves.
+    frame::RecordClass none{kPlain};
+    open(none, "ninguno");
+    index = 0;
+    mode = "";
+    none.SetOrder(index, mode, key);
+    EXPECT_EQ(none.primaryRecordset()->Sort(), "");
+    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "2");
+    EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
+}
+
+TEST_F(SavedViews, AStoredIndexThatIsNoNumberFailsGetOrder) {
+    services::ClsClaveRegistro store;
+    store.AbrirClave(kTodos);
+    Variant name("IndexOrderField");
+    std::string value = "tres";
+    store.EscribirValor(name, value);
+    frame::RecordClass cls{kPlain};
+    int16_t index = 1;
+    std::string mode = "sin leer";
+    EXPECT_EQ(errorOf([&] { cls.GetOrder(index, mode, "todos"); }), 13);
+    EXPECT_EQ(mode, "sin leer");
+}
+
+TEST_F(SavedViews, AplyFilterSetsOrLiftsTheFilterAndLeavesTheSavedOne) {
+    frame::RecordClass cls{kPlain};
+    open(cls, "todos");
+    std::string criteria = "Codigo = 7", key = "todos";
+    cls.SetFilter(criteria, key);
+    cls.AplyFilter(cls.GetFilter("todos"));
+    EXPECT_EQ(cls.primaryRecordset()->RecordCount(), 2);
+    cls.AplyFilter("");
+    EXPECT_EQ(cls.primaryRecordset()->RecordCount(), 3);
+    EXPECT_EQ(cls.GetFilter("todos"), "Codigo = 7");
+
+    frame::RecordClass closed{kPlain};
+    EXPECT_EQ(errorOf([&] { closed.AplyFilter(""); }), 91);
+}
+
+TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
+    // Nothing saved: the first field, ascending, and that is written back.
+    frame::RecordClass restoring{kRestoring};
+    open(restoring, "");
+    EXPECT_EQ(restoring.primaryRecordset()->Sort(), "Id");
+    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "0");
+    EXPECT_EQ(stored(kTodos, "Mode"), "");
+
+    int16_t index = 2;
+    std::string mode = " DESC", key = "Todos";
+    restoring.SetOrder(index, mode, key);
+
+    // IniciaRs with no keyword reads "todos", Requery with none "Todos": one view.
+    frame::RecordClass again{kRestoring};
+    open(again, "otra cosa");
+    EXPECT_EQ(again.primaryRecordset()->Sort(), "Comentarios DESC");
+    EXPECT_EQ(ids(again), "213");
+
+    frame::RecordClass requeryOnly{kRequeryOnly};
+    open(requeryOnly, "todos");
+    EXPECT_EQ(requeryOnly.primaryRecordset()->Sort(), "");
+    std::string empty;
+    requeryOnly.Requery(empty);
+    EXPECT_EQ(empty, "Todos");
+    EXPECT_EQ(requeryOnly.primaryRecordset()->Sort(), "Comentarios DESC");
+
+    // Each selection keyword is its own view.
+    frame::RecordClass selection{kRestoring};
+    open(selection, "seleccion");
+    EXPECT_EQ(selection.primaryRecordset()->Sort(), "Id");
+    EXPECT_EQ(stored(viewKey(selection, "seleccion"), "IndexOrderField"), "0");
+
+    // An empty selection is left unsorted and saves nothing.
+    frame::RecordClass none{kRestoring};
+    open(none, "ninguno");
+    EXPECT_EQ(none.primaryRecordset()->Sort(), "");
+    EXPECT_EQ(stored(viewKey(none, "ninguno"), "IndexOrderField"), "<none>");
+}
+
+}  // namespace
+}  // namespace hist::tools
