@@ -414,5 +414,199 @@ TEST_F(Listings, MissingSavedOrderOrFilterToolsFailWithTheirError) {
     EXPECT_FALSE(fs::exists(appDir / "rpt" / "HOrdenes_Comentarios.txt"));
 }
 
+// ------------------------------------------------------------ walks and sums of other classes
+
+// A class of the document kind (the grid's count, the block of sums) and one that
+// reads its cells by the columns' DataField and keeps no saved order, declared as
+// those classes will declare them.
+constexpr frame::ClassVariants kDocumentLike{
+    .className = "PruebaFacturas",
+    .table = "HFacturas",
+    .selectSql = "SELECT Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos AS total FROM HFacturas",
+    .selectionKey = "Numero",
+    .open = frame::OpenForm::B,
+    .selectionDate = frame::SelectionDate::FechaSql,
+    .orderOnIniciaRs = false,
+    .orderOnRequery = false,
+    .addNewKey = frame::AddNewKey::RecordCount,
+    .nuevoCodigo = frame::NuevoCodigoForm::WholeTable,
+    .nuevoCodigoColumn = "Numero",
+    .nuevoCodigoCloses = false,
+    .deleteAll = frame::DeleteAllForm::NumberOneBlank,
+    .deleteAllKey = "Numero",
+    .convertirSerieKey = "Numero",
+    .updateId = frame::UpdateIdForm::Counter,
+    .updateIdParent = "Numero",
+    .listingWalk = frame::ListingWalk::GridColumns,
+    .listingSums = true,
+};
+
+constexpr frame::ClassVariants kByDataField{
+    .className = "PruebaFases",
+    .table = "HOrdenes_Fases",
+    .selectSql = "SELECT ID, Fase, Cantidad FROM HOrdenes_Fases",
+    .selectionKey = "Codigo",
+    .open = frame::OpenForm::A,
+    .selectionDate = frame::SelectionDate::FechaSql,
+    .orderOnIniciaRs = false,
+    .orderOnRequery = false,
+    .addNewKey = frame::AddNewKey::RecordCount,
+    .nuevoCodigo = frame::NuevoCodigoForm::WholeTable,
+    .nuevoCodigoColumn = "ID",
+    .nuevoCodigoCloses = false,
+    .deleteAll = frame::DeleteAllForm::NumberOneBlank,
+    .deleteAllKey = "Codigo",
+    .convertirSerieKey = "Codigo",
+    .updateId = frame::UpdateIdForm::Counter,
+    .updateIdParent = "Codigo",
+    .listingWalk = frame::ListingWalk::GridDataField,
+    .listingSavedOrder = false,
+};
+
+class TestClass : public frame::RecordClass {
+public:
+    using RecordClass::RecordClass;
+    void open() {
+        ConnPtr cn;
+        std::string todos = "todos";
+        Variant id;
+        DateValue d{};
+        IniciaRs(cn, todos, id, d);
+    }
+};
+
+TEST_F(Listings, DocumentClassesAddTheirSumsHiddenColumnsIncluded) {
+    exec("INSERT INTO HFacturas (Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos) "
+         "VALUES (1, 100.5, 21.1, -15, 106.6, True, 1000)");
+    exec("INSERT INTO HFacturas (Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos) "
+         "VALUES (2, 0.25, 0.05, 0, 0.3, False, 1000)");
+    TestClass c(kDocumentLike);
+    c.open();
+    // Base is hidden, yet summed; "total" (a field named so in lower case) is shown
+    // and adds nothing.
+    Variant cols = grid({{"Número", true, 1, ""}, {"Base", false, 1, ""}, {"Impuestos", true, 1, ""},
+                         {"IRPF", true, 1, ""}, {"Total", true, 1, ""}, {"Impreso", true, 2, ""},
+                         {"total", true, 1, ""}});
+    bool clone = true, filtered = false;
+    std::string key = "todos";
+    c.ToHtmlGrid(cols, clone, key, filtered);
+    const std::string expected =
+        kHead + "<TITLE>Hist\xF3rico - HFacturas</TITLE>\r\n" + kHeadEnd +
+        "<H1><font size=4 face=Verdana>Listado de HFacturas</Font></H1><hr size=2 noshade><Br>\r\n"
+        "<TABLE WIDTH=100% CELLPADDING=1 CELLSPACING=1 BGCOLOR=white BORDER=1>\r\n"
+        "    <TR>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>N\xDAMERO</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>IMPUESTOS</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>IRPF</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>TOTAL</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>IMPRESO</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver ><FONT Size=1>TOTAL</TH></FONT>\r\n"
+        "    </TR>\r\n"
+        "    <TR>"
+        "        <TD align=right><FONT Size=1> 1 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 21,1 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1>-15 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 106,6 </TD></FONT>\r\n"
+        "        <TD align=center><FONT Size=1>True</TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 1000 </TD></FONT>\r\n"
+        "</TR>"
+        "    <TR>"
+        "        <TD align=right><FONT Size=1> 2 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 0,05 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 0 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 0,3 </TD></FONT>\r\n"
+        "        <TD align=center><FONT Size=1>False</TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 1000 </TD></FONT>\r\n"
+        "</TR>"
+        "</TABLE>\r\n"
+        "<p>&nbsp;</p>\r\n"
+        "<TABLE WIDTH=100% CELLPADDING=1 CELLSPACING=1 BGCOLOR=white BORDER=0>\r\n"
+        "    <TR>\r\n"
+        "        <TH align=Left bgcolor=Silver ><FONT Size=2><font face=Verdana> Sumas</TH></FONT>\r\n"
+        "    </TR>\r\n"
+        "    <TR>\r\n"
+        "        <TH bgcolor=Silver><FONT Size=1> Base Imponible</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver><FONT Size=1> Importe Impuestos</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver><FONT Size=1> Importe IRPF</TH></FONT>\r\n"
+        "        <TH bgcolor=Silver><FONT Size=1> Total</TH></FONT>\r\n"
+        "    </TR>\r\n"
+        "        <TD align=right><FONT Size=1> 100,75 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 21,15 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1>-15 </TD></FONT>\r\n"
+        "        <TD align=right><FONT Size=1> 106,9 </TD></FONT>\r\n"
+        "</TR>"
+        "</TABLE>\r\n"
+        "<HR>\r\n"
+        "<P><FONT Size=2>\r\n"
+        "2 registros. - 22/11/2026\r\n"
+        "</P>\r\n"
+        "</BODY>\r\n"
+        "</HTML>\r\n";
+    EXPECT_EQ(readFile(workFile("HFacturas.htm")), expected);
+}
+
+TEST_F(Listings, ANullAmountFailsTheListingHalfWritten) {
+    exec("INSERT INTO HFacturas (Numero, Base, Importe_Impuestos, Importe_IRPF, Total) VALUES (1, 1, 1, 1, 1)");
+    exec("INSERT INTO HFacturas (Numero, Base, Importe_Impuestos, Importe_IRPF) VALUES (2, 1, 1, 1)");
+    TestClass c(kDocumentLike);
+    c.open();
+    Variant cols = grid({{"Número", true, 1, ""}, {"Base", true, 1, ""}, {"I", true, 1, ""}, {"R", true, 1, ""},
+                         {"Total", true, 1, ""}, {"Impreso", true, 2, ""}, {"total", true, 1, ""}});
+    bool clone = true, filtered = false;
+    std::string key = "todos";
+    try {
+        c.ToHtmlGrid(cols, clone, key, filtered);
+        ADD_FAILURE() << "a Null total was summed";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.number(), 94);
+    }
+    const std::string text = readFile(workFile("HFacturas.htm"));
+    EXPECT_EQ(text.rfind("<HTML>\r\n", 0), 0u);
+    EXPECT_NE(text.find("<FONT Size=1>Null</TD></FONT>\r\n</TR>    <TR>"), std::string::npos) << text;
+    EXPECT_EQ(text.find("</HTML>"), std::string::npos);
+}
+
+TEST_F(Listings, DataFieldWalkReadsCellsByTheColumnsFieldAndSortsByTheFirstField) {
+    exec("INSERT INTO HOrdenes_Fases (ID, Fase, Cantidad) VALUES (5, 'Colado', 2.5)");
+    exec("INSERT INTO HOrdenes_Fases (ID, Fase, Cantidad) VALUES (2, 'Pulido & brillo', 1)");
+    TestClass c(kByDataField);
+    c.open();
+    orderIndex = 2;  // a saved order these classes never ask for
+    Variant cols = grid({{"Cantidad", true, 1, "Cantidad"}, {"Fase", true, 3, "Fase"}});
+    bool clone = true, filtered = false;
+    std::string key = "todos";
+    c.ToHtmlGrid(cols, clone, key, filtered);
+    const std::string text = readFile(workFile("HOrdenes_Fases.htm"));
+    EXPECT_NE(text.find("    </TR>\r\n"
+                        "    <TR>        <TD align=right><FONT Size=1> 1 </TD></FONT>\r\n"
+                        "        <TD align=left><FONT Size=1>Pulido & brillo</TD></FONT>\r\n"
+                        "</TR>    <TR>        <TD align=right><FONT Size=1> 2,5 </TD></FONT>\r\n"
+                        "        <TD align=left><FONT Size=1>Colado</TD></FONT>\r\n"
+                        "</TR></TABLE>\r\n"
+                        "<P><FONT Size=2>\r\n2 registros. - 22/11/2026\r\n<HR>\r\n"),
+              std::string::npos)
+        << text;
+    EXPECT_TRUE(orderKeys.empty());
+}
+
+TEST_F(Listings, ColumnsMustBeAnObjectAnsweringTheGridMembers) {
+    ClsOrdenesComentarios c;
+    fillOrderComments(c);
+    bool clone = true, filtered = false;
+    std::string key = "todos";
+    const auto numberOf = [&](Variant cols) {
+        try {
+            c.ToHtmlGrid(cols, clone, key, filtered);
+        } catch (const Error& e) {
+            return e.number();
+        }
+        return 0L;
+    };
+    EXPECT_EQ(numberOf(Variant("columnas")), 424);
+    EXPECT_EQ(numberOf(Variant::nothing()), 91);
+    // A grid with fewer columns than the recordset has fields: position 3 is out of range.
+    EXPECT_EQ(numberOf(grid({{"Id", true, 1, ""}, {"C", true, 1, ""}, {"D", true, 1, ""}})), 9);
+}
+
 }  // namespace
 }  // namespace hist::satellites
