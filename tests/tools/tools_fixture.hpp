@@ -17,6 +17,8 @@
 
 #include "ado/connection.hpp"
 #include "frame/record.hpp"
+#include "frame/record_tools.hpp"
+#include "frame/saved_order.hpp"
 #include "frame/services/config.hpp"
 #include "platform/clock.hpp"
 #include "platform/error.hpp"
@@ -74,12 +76,16 @@ protected:
         Clock::set(rt::dateSerial(2026, 11, 22) + rt::timeSerial(10, 30, 0));
         CurrentUser::set("ana");
         setApplication(nullptr);
+        savedTools_ = frame::recordTools();
         tools::installFilterTools();
         setup_ = std::make_shared<ado::Connection>();
         setup_->Open(c.dataSource(4));
     }
 
     void TearDown() override {
+        // Other tests of the program find the hook table as it was.
+        frame::recordTools() = savedTools_;
+        frame::setSavedOrderStep({});
         setup_.reset();
         services::Configuration::reset();
         Clock::set(std::nullopt);
@@ -105,6 +111,7 @@ protected:
 private:
     std::filesystem::path dir_;
     std::shared_ptr<ado::Connection> setup_;
+    frame::RecordTools savedTools_;
 };
 
 // A stand-in control bound to a field, with the given properties.
