@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ado/recordset.hpp"
+#include "platform/dispatch.hpp"
 #include "tools_fixture.hpp"
 
 namespace hist::tools {
@@ -248,6 +249,41 @@ TEST_F(CreateFilterTest, LookupFailuresPassToTheCaller) {
     frame::RecordClass closed{kBase};
     Variant box(control(ControlKind::TextBox, "Codigo", {{"Text", "Ana"}}));
     EXPECT_EQ(errorOf([&] { closed.CreateFilter(box, iType); }), 91);
+}
+
+// A control of a script host: no platform Control, reached by late binding only.
+class ScriptBox : public Object {
+public:
+    std::string_view typeName() const override { return "CajaDeGuion"; }
+    std::string dataField, text;
+};
+
+TEST_F(CreateFilterTest, AnObjectThatIsNoPlatformControlIsReadByName) {
+    Registry::global()
+        .define<ScriptBox>("CajaDeGuion")
+        .property(
+            "DataField", [](ScriptBox& b) { return b.dataField; },
+            [](ScriptBox& b, std::string v) { b.dataField = std::move(v); }, PT::String)
+        .property(
+            "Text", [](ScriptBox& b) { return b.text; }, [](ScriptBox& b, std::string v) { b.text = std::move(v); },
+            PT::String)
+        .defaultMember("Text");
+    auto box = std::make_shared<ScriptBox>();
+    box->dataField = "Codigo";
+    box->text = "Ana";
+    Variant v(box);
+    std::string iType;
+    // Of no named kind: the last row of each table.
+    EXPECT_EQ(base.CreateFilter(v, iType), "Codigo Like 'Ana*' ");
+    box->dataField = "Numero";
+    box->text = "12";
+    EXPECT_EQ(base.CreateFilter(v, iType), "Numero = 12 ");
+    box->dataField = "Fecha";
+    EXPECT_EQ(base.CreateFilter(v, iType), "Fecha = #12# ");
+    EXPECT_TRUE(base.ValidaKey(v, '3'));
+    // On a boolean it must have "Value", which it lacks.
+    box->dataField = "P11";
+    EXPECT_EQ(errorOf([&] { base.CreateFilter(v, iType); }), 438);
 }
 
 // The conditions are the recordset's own dialect: joined, they filter real rows.
