@@ -1,6 +1,6 @@
 // The filter tools on the four comment classes: the saved order restored where each
-// class's variant says, each class's permission group, the long-text limit they
-// report, and the tool members reached by name.
+// class's variant says, each class's permission group and the long-text limit they
+// report.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -12,7 +12,6 @@
 #include "frame/saved_order.hpp"
 #include "frame/services/rights.hpp"
 #include "frame/services/settings.hpp"
-#include "platform/dispatch.hpp"
 #include "platform/host_objects.hpp"
 #include "satellites/comentarios.hpp"
 #include "satellites/comentarios_fixture.hpp"
@@ -110,22 +109,6 @@ TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
     }
 }
 
-TEST_F(CommentTools, WithNothingSavedTheRestoringClassesSortByTheFirstField) {
-    ClsPedidosCliComent pedidos;
-    open(pedidos, "seleccion");
-    EXPECT_EQ(sortOf(pedidos), "Id");
-    int16_t index = 9;
-    std::string mode = "x";
-    pedidos.GetOrder(index, mode, "seleccion");
-    EXPECT_EQ(index, 0);
-    EXPECT_EQ(mode, "");
-
-    // Orders comments leave IniciaRs in the engine's order.
-    ClsOrdenesComentarios ordenes;
-    open(ordenes, "seleccion");
-    EXPECT_EQ(sortOf(ordenes), "");
-}
-
 TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
     ClsOrdenesComentarios ordenes;
     ClsPedidosCliComent pedidos;
@@ -180,37 +163,6 @@ TEST_F(CommentTools, TheCommentIsALongTextOfTheConstantLimit) {
     EXPECT_TRUE(ordenes.ValidaKey(comment, 'z'));
     Variant description = box("Descripción");
     EXPECT_FALSE(ordenes.ValidaKey(description, 'z'));
-}
-
-TEST_F(CommentTools, ToolMembersByName) {
-    Registry& registry = Registry::global();
-    registerCommentClasses(registry);
-    ObjectPtr cls = registry.create("ClsAlbaranesComentarios");
-    Args none;
-    Args open{Variant::nothing(), Variant("todos")};
-    call(cls, "IniciaRs", open);
-
-    auto list = std::make_shared<StandInControl>(ControlKind::ListBox);
-    list->define("DataField", Variant("Comentarios"));
-    list->setList({"a", "b", "c"});
-    Args filter{Variant(list)};
-    // A long-text field goes the date way; the list is no named kind there.
-    EXPECT_EQ(call(cls, "CreateFilter", filter), Variant(""));
-    auto box = std::make_shared<StandInControl>(ControlKind::TextBox);
-    box->define("DataField", Variant("Código"));
-    box->define("Text", Variant("7"));
-    Args byCode{Variant(box), Variant("11")};
-    EXPECT_EQ(call(cls, "CreateFilter", byCode), Variant("Código = 7 "));
-
-    Args setOrder{Variant(int16_t{3}), Variant(" DESC"), Variant("todos")};
-    call(cls, "SetOrder", setOrder);
-    Args getOrder{Variant(int16_t{0}), Variant(""), Variant("Todos")};
-    call(cls, "GetOrder", getOrder);
-    EXPECT_EQ(getOrder[0], Variant(int16_t{3}));
-    EXPECT_EQ(getOrder[1], Variant(" DESC"));
-
-    Args permiso{Variant("Ver")};
-    EXPECT_EQ(call(cls, "SeguridadPermiso", permiso), Variant(true));
 }
 
 }  // namespace

@@ -54,14 +54,6 @@ protected:
     frame::RecordClass orders{kOrders};
 };
 
-TEST_F(CreateFilterTest, TheSelectionHasEachFieldTypeTheTablesName) {
-    auto& rs = *base.primaryRecordset();
-    const std::vector<std::pair<std::string, int>> expected = {
-        {"Codigo", 202}, {"Cantidad", 5}, {"Numero", 3}, {"Facturado", 2},
-        {"Fecha", 7},    {"P11", 11},     {"Comentarios", 203}};
-    for (const auto& [name, type] : expected) EXPECT_EQ(rs.Fields()->Item(Variant(name))->Type(), type) << name;
-}
-
 struct Case {
     const char* what;
     ControlKind kind;
