@@ -35,7 +35,7 @@ void check(int rc, sqlite3* db, const char* what) {
 }
 
 // Order comments of a laboratory: a few hundred orders a day, one to three
-// comments each, texts with accents and now and then a Null description.
+// comments each, texts with accents and now and then a Null second text.
 void generate(sqlite3* db, long rows) {
     static const char* phrases[] = {"Corona de zirconio, color A2, ajustar contactos",
                                     "Prótesis esquelética: revisar retenedores",

@@ -1,5 +1,5 @@
 // The listings of the comment classes on a real archive: the files compared byte for
-// byte with texts written from the listing's description (CRLF line ends and the
+// byte with texts written out by hand from the listing format (CRLF line ends and the
 // pieces without one, Windows-1252 bytes, upper-cased captions and names, printed
 // numbers with their blanks, dates, Null), the empty clone, the two paths, and the
 // saved filter with and without a clone.
