@@ -7,6 +7,7 @@
 #include "ado/text_fold.hpp"
 #include "ado/values.hpp"
 #include "platform/error.hpp"
+#include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
 
 namespace hist::ado {
@@ -190,6 +191,9 @@ uint32_t Recordset::currentRow() const {
 }
 
 void Recordset::fireMove(EventReason r) {
+    // Counted in the thread's events for the host, once per operation. A clone's
+    // moves are not: the listings walk clones row by row.
+    if (!clone_) Events::raise(this, event::MoveComplete);
     auto copy = listeners_;
     for (auto& w : copy)
         if (auto l = w.lock()) l->MoveComplete(r, *this);
@@ -521,6 +525,7 @@ std::shared_ptr<Recordset> Recordset::Clone(int lockType) {
     c->source_ = source_;
     c->open_ = true;
     c->readOnly_ = readOnly_ || lockType == 1;
+    c->clone_ = true;
     c->computeOrder();
     c->goFirst();
     return c;

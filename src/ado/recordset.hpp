@@ -163,6 +163,7 @@ private:
     std::string source_;
     bool open_ = false;
     bool readOnly_ = false;
+    bool clone_ = false;  // made by Clone: its moves are not counted as host events
 
     std::vector<uint32_t> order_;  // visible rows, in view order
     Pos pos_ = Pos::Empty;
