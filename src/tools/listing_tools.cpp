@@ -42,10 +42,9 @@ std::string reportFolderFile(const std::string& name) {
 // DataField), as a late-bound call on the grid control would.
 class Columns {
 public:
-    explicit Columns(const Variant& v) : holder_(v), grid_(v.objectAs<GridColumns>()) {
-        if (!grid_ && !v.isObject()) raise(err::ObjectRequired, err::SrcRuntime);
-        if (!grid_ && v.isNothing()) raise(err::ObjectNotSet, err::SrcRuntime);
-    }
+    // Nothing is asked of the object until the walk needs it, so a wrong one fails
+    // after the head of the file is written, at its first use.
+    explicit Columns(const Variant& v) : holder_(v), grid_(v.objectAs<GridColumns>()) {}
 
     int32_t count() const {
         if (grid_) return grid_->Count();
