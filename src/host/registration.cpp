@@ -3,6 +3,8 @@
 #include "ado/registration.hpp"
 #include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
+#include "tools/filter_tools.hpp"
+#include "tools/listing_tools.hpp"
 
 namespace hist::host {
 
@@ -14,6 +16,8 @@ void registerAllClasses(Registry& r) {
     // collaborators, tools, record classes).
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
+    tools::installFilterTools();
+    tools::installListingTools();
     satellites::registerCommentClasses(r);
     done = &r;
 }
