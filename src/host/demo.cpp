@@ -7,6 +7,9 @@
 #include "ado/recordset.hpp"
 #include "frame/services/config.hpp"
 #include "frame/services/data_service.hpp"
+#include "frame/services/helpers.hpp"
+#include "host/registration.hpp"
+#include "platform/host_objects.hpp"
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
 #include "platform/runtime.hpp"
@@ -78,6 +81,32 @@ void showComments(frame::RecordClass& cls, const std::string& title, const Newes
     }
 }
 
+// Prints the whole comment table of work orders as the HTML listing a form's grid
+// would print, with one grid column per field, and tells where it went.
+void writeListing(std::ostream& out) {
+    satellites::ClsOrdenesComentarios cls;
+    services::ConnPtr cn;
+    std::string keyword = "todos";
+    Variant id;
+    DateValue fecha;
+    cls.IniciaRs(cn, keyword, id, fecha);
+    auto fields = cls.primaryRecordset()->Fields();
+    auto columns = std::make_shared<StandInColumns>();
+    for (long i = 0; i < fields->Count(); ++i) {
+        auto f = fields->Item(Variant(static_cast<int32_t>(i)));
+        bool number = f->Type() != static_cast<int>(backend::FieldType::VarWChar) &&
+                      f->Type() != static_cast<int>(backend::FieldType::LongVarWChar) &&
+                      f->Type() != static_cast<int>(backend::FieldType::Date);
+        columns->add(ColumnData{f->Name(), true, number ? 1 : 3, f->Name()});
+    }
+    Variant grid(std::static_pointer_cast<Object>(columns));
+    bool doClone = true, filter = false;
+    cls.ToHtmlGrid(grid, doClone, keyword, filter);
+    out << "\nListing of " << cls.sClassName() << " (" << cls.primaryRecordset()->RecordCount()
+        << " rows) written with ToHtmlGrid to\n  "
+        << services::ClsRutasUsuario::shared()->GetRutaFichero(cls.sClassName() + ".htm") << "\n";
+}
+
 }  // namespace
 
 int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& out, std::ostream& err) {
@@ -90,6 +119,7 @@ int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& 
         Regional::setCurrent(Regional::byName(cfg.regional));
         const std::string path = cfg.archivePath();
         services::Configuration::install(cfg);
+        registerAllClasses();  // installs the record tools the listing uses
 
         std::optional<services::StatementObservers::Subscription> tracing;
         if (trace) {
@@ -125,6 +155,7 @@ int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& 
             satellites::ClsFacturasComentarios c;
             showComments(c, "Newest commented invoice", *doc, out);
         }
+        writeListing(out);
         return 0;
     } catch (const Error& e) {
         err << "historicos demo: " << e.description() << " (error " << e.number() << ", " << e.source() << ")\n";

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
@@ -28,6 +29,10 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     TempDir dir;
     const std::string db = (dir.path / "sub" / "archivo.db").string();
     std::ostringstream out, err;
+    // The listing goes to the user's working folder: keep it inside the test's folder.
+    const char* saved = std::getenv("XDG_DATA_HOME");
+    const std::string savedValue = saved ? saved : "";
+    setenv("XDG_DATA_HOME", dir.path.c_str(), 1);
     ASSERT_EQ(host::demoCommand({"--db", db, "--orders", "300"}, true, out, err), 0) << err.str();
     const std::string text = out.str();
     EXPECT_TRUE(fs::exists(db));
@@ -46,6 +51,14 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
             << cls << "\n"
             << after;
     }
+    // The work orders' comment table was printed through ToHtmlGrid where the output names it.
+    auto at = text.find("written with ToHtmlGrid to\n  ");
+    ASSERT_NE(at, std::string::npos) << text;
+    std::string listing = text.substr(at + 29);
+    listing = listing.substr(0, listing.find('\n'));
+    EXPECT_EQ(fs::path(listing).filename(), "HOrdenes_Comentarios.htm");
+    ASSERT_TRUE(fs::exists(listing)) << listing;
+    EXPECT_GT(fs::file_size(listing), 1000u);
     // --trace showed the composed selections of the classes on the error stream.
     EXPECT_NE(err.str().find("FROM HOrdenes_Comentarios Where (Codigo = "), std::string::npos) << err.str();
 
@@ -55,6 +68,8 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     EXPECT_EQ(out2.str().find("Creating the sample archive"), std::string::npos);
     EXPECT_TRUE(err2.str().empty()) << err2.str();
     services::Configuration::reset();
+    if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
+    else unsetenv("XDG_DATA_HOME");
 }
 
 TEST(Demo, BadOptionsAreOneClearLine) {
