@@ -73,10 +73,10 @@ std::string dateText(double serial) {
     return s;
 }
 
-std::shared_ptr<StandInControl> decodeControl(const Json& spec, ObjectNames& names) {
-    if (!spec.is_object()) malformed("\"control\" takes an object of properties");
+std::shared_ptr<StandInControl> decodeControl(const Json& given, ObjectNames& names) {
+    if (!given.is_object()) malformed("\"control\" takes an object of properties");
     ControlKind kind = ControlKind::Other;
-    if (auto k = spec.find("kind"); k != spec.end()) {
+    if (auto k = given.find("kind"); k != given.end()) {
         if (!k->is_string()) malformed("a control's \"kind\" is a text");
         auto parsed = controlKindFromName(k->get<std::string>());
         if (!parsed)
@@ -86,7 +86,7 @@ std::shared_ptr<StandInControl> decodeControl(const Json& spec, ObjectNames& nam
     }
     auto ctl = std::make_shared<StandInControl>(kind);
     std::optional<std::vector<std::string>> rows;
-    for (auto it = spec.begin(); it != spec.end(); ++it) {
+    for (auto it = given.begin(); it != given.end(); ++it) {
         const std::string& key = it.key();
         if (key == "kind") continue;
         if (key == "Default") {
@@ -107,10 +107,10 @@ std::shared_ptr<StandInControl> decodeControl(const Json& spec, ObjectNames& nam
     return ctl;
 }
 
-std::shared_ptr<StandInColumns> decodeColumns(const Json& spec) {
-    if (!spec.is_array()) malformed("\"columns\" takes a list of columns");
+std::shared_ptr<StandInColumns> decodeColumns(const Json& given) {
+    if (!given.is_array()) malformed("\"columns\" takes a list of columns");
     auto cols = std::make_shared<StandInColumns>();
-    for (const auto& c : spec) {
+    for (const auto& c : given) {
         if (!c.is_object()) malformed("a grid column is an object");
         ColumnData d;
         for (auto it = c.begin(); it != c.end(); ++it) {
