@@ -1,5 +1,6 @@
 #include "sample/detail.hpp"
 
+#include "platform/runtime.hpp"
 
 namespace hist::sample::detail {
 
@@ -12,16 +13,6 @@ uint64_t splitmix(uint64_t& x) {
 }
 uint64_t rotl(uint64_t x, int k) { return (x << k) | (x >> (64 - k)); }
 
-// Days from 1970-01-01 of a proleptic Gregorian date.
-constexpr long daysFromCivil(int y, int m, int d) {
-    y -= m <= 2;
-    const long era = (y >= 0 ? y : y - 399) / 400;
-    const long yoe = y - era * 400;
-    const long doy = (153L * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-    const long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + doe - 719468;
-}
-constexpr long kEpoch = daysFromCivil(1899, 12, 30);
 }  // namespace
 
 Rng::Rng(uint64_t seed, uint64_t stream) {
@@ -41,20 +32,14 @@ uint64_t Rng::next() {
     return result;
 }
 
-int serialOf(int year, int month, int day) {
-    return static_cast<int>(daysFromCivil(year, month, day) - kEpoch);
-}
+// The calendar is the runtime's: whole-day serials from 1899-12-30.
+int serialOf(int year, int month, int day) { return static_cast<int>(rt::dateSerial(year, month, day)); }
 
 void civilOf(int serial, int& year, int& month, int& day) {
-    long z = serial + kEpoch + 719468;
-    const long era = (z >= 0 ? z : z - 146096) / 146097;
-    const long doe = z - era * 146097;
-    const long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    const long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    const long mp = (5 * doy + 2) / 153;
-    day = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-    month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-    year = static_cast<int>(yoe + era * 400 + (month <= 2));
+    const rt::DateParts p = rt::splitDate(serial);
+    year = p.year;
+    month = p.month;
+    day = p.day;
 }
 
 int workingOnOrAfter(int serial) {
