@@ -139,21 +139,16 @@ int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& 
         }
         sample::summary(path, out);
 
-        if (auto doc = newestCommented("HOrdenes_Comentarios")) {
-            satellites::ClsOrdenesComentarios c;
-            showComments(c, "Newest commented work order", *doc, out);
-        }
-        if (auto doc = newestCommented("HPedidos_Clientes_Comentarios")) {
-            satellites::ClsPedidosCliComent c;
-            showComments(c, "Newest commented customer order", *doc, out);
-        }
-        if (auto doc = newestCommented("HAlbaranes_Comentarios")) {
-            satellites::ClsAlbaranesComentarios c;
-            showComments(c, "Newest commented delivery note", *doc, out);
-        }
-        if (auto doc = newestCommented("HFacturas_Comentarios")) {
-            satellites::ClsFacturasComentarios c;
-            showComments(c, "Newest commented invoice", *doc, out);
+        // Each document kind's comment class, opened on its newest commented document.
+        const std::pair<std::shared_ptr<frame::RecordClass>, const char*> kinds[] = {
+            {std::make_shared<satellites::ClsOrdenesComentarios>(), "work order"},
+            {std::make_shared<satellites::ClsPedidosCliComent>(), "customer order"},
+            {std::make_shared<satellites::ClsAlbaranesComentarios>(), "delivery note"},
+            {std::make_shared<satellites::ClsFacturasComentarios>(), "invoice"},
+        };
+        for (const auto& [cls, kind] : kinds) {
+            if (auto doc = newestCommented(cls->sClassName()))
+                showComments(*cls, std::string("Newest commented ") + kind, *doc, out);
         }
         writeListing(out);
         return 0;
