@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <fstream>
+#include <iterator>
 #include <sqlite3.h>
 
 #include "archive_fixture.hpp"
@@ -243,6 +245,20 @@ TEST(SqliteSession, OpeningAnArchiveNeedsNoWriteLock) {
     ASSERT_TRUE(two);
     EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
     one->rollback();
+}
+
+TEST(SqliteSession, AFileThatIsNotAnArchiveIsNamedAndLeftAlone) {
+    TempArchive a;
+    {
+        std::ofstream f(a.path(), std::ios::binary);
+        f << "Presupuesto del laboratorio, no una base de datos.\n";
+    }
+    std::string desc;
+    EXPECT_NE(errorNumber([&] { backend::openSession(a.source()); }, &desc), 0);
+    EXPECT_NE(desc.find("'" + a.path() + "' is not an archive"), std::string::npos) << desc;
+    std::ifstream back(a.path(), std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(back)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(text, "Presupuesto del laboratorio, no una base de datos.\n");
 }
 
 TEST(SqliteSession, EngineFailuresCarryTheProviderNumbers) {

@@ -94,6 +94,16 @@ public:
             internalExec("PRAGMA journal_mode=WAL");
             internalExec("PRAGMA foreign_keys=OFF");
             createSchema();
+        } catch (const Error& e) {
+            // A file that is not a database is named, so the user knows what to fix.
+            const bool notArchive = (sqlite3_extended_errcode(db_) & 0xff) == SQLITE_NOTADB;
+            sqlite3_close(db_);
+            db_ = nullptr;
+            if (notArchive)
+                throw Error(e.number(), e.source(),
+                            "The file '" + ds.path + "' is not an archive (" + e.description() +
+                                "); name an archive file, or a new file to create one.");
+            throw;
         } catch (...) {
             sqlite3_close(db_);
             db_ = nullptr;
