@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -70,6 +71,61 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     services::Configuration::reset();
     if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
     else unsetenv("XDG_DATA_HOME");
+}
+
+// The listing the main job writes, opened in a real browser: the page parses into a
+// table with a header row and one row per record.
+std::string runCapture(const std::string& command) {
+    std::string out;
+    if (FILE* p = popen(command.c_str(), "r")) {
+        char buf[65536];
+        std::size_t n;
+        while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+        pclose(p);
+    }
+    return out;
+}
+
+std::size_t occurrences(const std::string& text, const std::string& what) {
+    std::size_t n = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) ++n;
+    return n;
+}
+
+TEST(Demo, ListingRendersInAHeadlessBrowser) {
+    const char* browser = "/usr/bin/chromium";
+    if (!fs::exists(browser)) GTEST_SKIP() << "no " << browser << " (scripts/install-deps installs it)";
+    TempDir dir;
+    const char* saved = std::getenv("XDG_DATA_HOME");
+    const std::string savedValue = saved ? saved : "";
+    setenv("XDG_DATA_HOME", dir.path.c_str(), 1);
+    std::ostringstream out, err;
+    const int rc = host::demoCommand({"--db", (dir.path / "archivo.db").string(), "--orders", "300"}, false, out, err);
+    services::Configuration::reset();
+    if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
+    else unsetenv("XDG_DATA_HOME");
+    ASSERT_EQ(rc, 0) << err.str();
+
+    const std::string text = out.str();
+    auto at = text.find("Listing of HOrdenes_Comentarios (");
+    ASSERT_NE(at, std::string::npos) << text;
+    const long rows = std::stol(text.substr(at + 33));
+    ASSERT_GT(rows, 0);
+    at = text.find("written with ToHtmlGrid to\n  ", at);
+    std::string page = text.substr(at + 29);
+    page = page.substr(0, page.find('\n'));
+
+    const std::string dom = runCapture(
+        std::string(browser) +
+        " --headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking"
+        " --disable-component-update --disable-sync --user-data-dir=" + (dir.path / "browser").string() +
+        " --dump-dom 'file://" + page + "' 2>/dev/null");
+    ASSERT_NE(dom.find("<table"), std::string::npos) << dom.substr(0, 500);
+    // One header row and one row per record; five captions, upper-cased, accents decoded.
+    EXPECT_EQ(occurrences(dom, "<tr>"), static_cast<std::size_t>(rows) + 1);
+    EXPECT_EQ(occurrences(dom, "<th "), 5u);
+    EXPECT_NE(dom.find(">CÓDIGO</font></th>"), std::string::npos) << dom.substr(0, 1500);
+    EXPECT_NE(dom.find(std::to_string(rows) + " registros. - "), std::string::npos);
 }
 
 TEST(Demo, BadOptionsAreOneClearLine) {
