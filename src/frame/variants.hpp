@@ -110,10 +110,10 @@ struct ClassVariants {
     // "ninguno" adds noneClause.
     std::string_view selectionKey;
     std::string_view noneClause = " Where Id = 0";
-    OpenForm open;
-    SelectionDate selectionDate;
-    bool orderOnIniciaRs;        // restore the saved order at the end of IniciaRs
-    bool orderOnRequery;         // ... and of Requery
+    OpenForm open = OpenForm::A;
+    SelectionDate selectionDate = SelectionDate::FechaSql;
+    bool orderOnIniciaRs = false;  // restore the saved order at the end of IniciaRs
+    bool orderOnRequery = false;   // ... and of Requery
     std::string_view requeryDefaultKey = "Todos";  // written into an empty sSelecSql by Requery
 
     // Editing
@@ -121,17 +121,17 @@ struct ClassVariants {
     DeleteForm del = DeleteForm::Batch;
     FindField find = FindField::Second;
     EventForm events = EventForm::Event;
-    AddNewKey addNewKey;
+    AddNewKey addNewKey = AddNewKey::RecordCount;
 
     // Statements
-    NuevoCodigoForm nuevoCodigo;
+    NuevoCodigoForm nuevoCodigo = NuevoCodigoForm::WholeTable;
     std::string_view nuevoCodigoColumn;  // MAX(<column>)
-    bool nuevoCodigoCloses;              // close the recordset after reading the maximum
-    DeleteAllForm deleteAll;
+    bool nuevoCodigoCloses = false;      // close the recordset after reading the maximum
+    DeleteAllForm deleteAll = DeleteAllForm::NumberOneBlank;
     std::string_view deleteAllKey;       // the key column of DeleteAll
     std::string_view deleteAllDateColumn = {};  // its date column (NumberAndDate only)
     std::string_view convertirSerieKey;  // the key column of ConvertirSerie
-    UpdateIdForm updateId;
+    UpdateIdForm updateId = UpdateIdForm::Counter;
     std::string_view updateIdParent;     // the parent field UpdateId writes
 
     // Record tools

@@ -21,17 +21,11 @@ constexpr ClassVariants kProbe{
     .selectSql = "SELECT Id FROM HProbe",
     .selectionKey = "Codigo",
     .open = OpenForm::B,
-    .selectionDate = SelectionDate::FechaSql,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
-    .addNewKey = AddNewKey::RecordCount,
-    .nuevoCodigo = NuevoCodigoForm::WholeTable,
     .nuevoCodigoColumn = "Id",
-    .nuevoCodigoCloses = false,
-    .deleteAll = DeleteAllForm::NumberOneBlank,
     .deleteAllKey = "Codigo",
     .convertirSerieKey = "Codigo",
-    .updateId = UpdateIdForm::Counter,
     .updateIdParent = "Código",
 };
 
