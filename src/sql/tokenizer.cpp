@@ -13,12 +13,25 @@ bool isWordStart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
 }
 bool isWordChar(char c) { return isWordStart(c) || isDigit(c); }
+bool isPunct(char c) {
+    switch (c) {
+        case '=': case '<': case '>': case '(': case ')': case ',': case '.': case ';':
+        case '*': case '/': case '+': case '-': case '&': return true;
+        default: return false;
+    }
+}
 }  // namespace
 
 bool Token::isWord(std::string_view kw) const { return kind == Tok::Word && sameName(text, kw); }
 
 std::vector<Token> tokenize(std::string_view s) {
     std::vector<Token> out;
+    tokenize(s, out);
+    return out;
+}
+
+void tokenize(std::string_view s, std::vector<Token>& out) {
+    out.clear();
     out.reserve(s.size() / 3 + 4);
     size_t i = 0, n = s.size();
     while (i < n) {
@@ -88,7 +101,7 @@ std::vector<Token> tokenize(std::string_view s) {
             std::string_view two = s.substr(i, 2);
             if (two == "<>" || two == "<=" || two == ">=" || two == "!=") {
                 i += 2;
-            } else if (std::string_view("=<>(),.;*/+-&").find(c) != std::string_view::npos) {
+            } else if (isPunct(c)) {
                 ++i;
             } else {
                 ++i;
@@ -98,7 +111,6 @@ std::vector<Token> tokenize(std::string_view s) {
         Token t{kind, s.substr(start, i - start), start, unterminated};
         out.push_back(t);
     }
-    return out;
 }
 
 std::string unquote(const Token& t) {

@@ -32,6 +32,8 @@ struct Token {
 // Splits a statement into tokens. It never fails: an unterminated string is a
 // String token with `unterminated` set, and what it cannot read is Other.
 std::vector<Token> tokenize(std::string_view text);
+// The same into `out` (cleared first), so a caller can keep one buffer.
+void tokenize(std::string_view text, std::vector<Token>& out);
 
 // The content of a String token ('' read as one apostrophe), or of a Bracket or Date token.
 std::string unquote(const Token& t);

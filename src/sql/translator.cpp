@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/error.hpp"
@@ -30,17 +31,56 @@ std::string_view identText(const Token& t) {
 }
 bool isIdent(const Token& t) { return t.kind == Tok::Word || t.kind == Tok::Bracket; }
 
-std::string dateLiteral(double serial) { return "'" + rt::isoText(serial) + "'"; }
+std::string dateLiteral(double serial) {
+    std::string out;
+    out.reserve(21);
+    out.push_back('\'');
+    out.append(rt::isoText(serial));
+    out.push_back('\'');
+    return out;
+}
+
+double numberValue(const Token& t, bool negate) {
+    double v = std::strtod(std::string(t.text).c_str(), nullptr);
+    return negate ? -v : v;
+}
+
+// What replaces one token. Analysis decides it from the statement's shape alone
+// (keywords, names, the kinds of the literals); the literal's own text is read
+// only when the edit is applied. So one analysis serves every statement of the
+// same shape, whatever its values.
+enum class Act : unsigned char {
+    Text,          // the fixed text
+    NumberTo,      // a number into a yes/no or date column (col; negate for a leading minus)
+    StringTo,      // a quoted value into a typed column (col)
+    HashDate,      // #...# as an ISO date
+    Operand,       // a quoted number in arithmetic, read by the regional settings
+    OperandOrText, // the same, left as text when it is no number (+ joins texts)
+    DayDate,       // a day number compared with a date column (negate for a leading minus)
+    CurrencyMask,  // Format's 'Currency' mask: the currency digits
+};
+
+struct Edit {
+    size_t token = 0;
+    Act act = Act::Text;
+    bool negate = false;
+    const Column* col = nullptr;
+    std::string text;
+};
+
+// The edits of one statement shape, in token order.
+using Plan = std::vector<Edit>;
 
 class Translator {
 public:
-    Translator(std::string_view text, StatementKind kind, const Regional& r, const Catalog& cat)
-        : text_(text), kind_(kind), r_(r), cat_(cat), toks_(tokenize(text)), repl_(toks_.size()) {
+    Translator(std::string_view text, const std::vector<Token>& toks, StatementKind kind, const Catalog& cat)
+        : text_(text), kind_(kind), cat_(cat), toks_(toks), at_(toks_.size(), kNone) {
         for (size_t i = 0; i < toks_.size(); ++i)
             if (toks_[i].kind != Tok::Blank) solid_.push_back(i);
     }
 
-    std::string run() {
+    // The statement's plan, or the error the engine would give for its shape.
+    Plan analyze() {
         checkTokens();
         if (solid_.empty()) syntax(kInvalidStatement);
         checkOneStatement();
@@ -57,25 +97,27 @@ public:
             syntax(kInvalidStatement);
         }
         generalRules();
-        if (!changed_) return std::string(text_);
-        std::string out;
-        out.reserve(text_.size() + 64);
-        for (size_t i = 0; i < toks_.size(); ++i) {
-            if (repl_[i]) out += *repl_[i];
-            else out.append(toks_[i].text);
-        }
-        return out;
+        Plan plan;
+        plan.reserve(edits_.size());
+        for (size_t i = 0; i < toks_.size(); ++i)
+            if (at_[i] != kNone) plan.push_back(std::move(edits_[at_[i]]));
+        return plan;
     }
 
 private:
     // ---- tokens by solid (non-blank) index ----
     size_t count() const { return solid_.size(); }
     const Token& tok(size_t s) const { return toks_[solid_[s]]; }
-    void replace(size_t s, std::string text) {
-        repl_[solid_[s]] = std::move(text);
-        changed_ = true;
+    void edit(size_t s, Act act, const Column* col = nullptr, bool negate = false, std::string text = {}) {
+        size_t i = solid_[s];
+        if (at_[i] == kNone) {
+            at_[i] = edits_.size();
+            edits_.emplace_back();
+        }
+        edits_[at_[i]] = Edit{i, act, negate, col, std::move(text)};
     }
-    bool replaced(size_t s) const { return repl_[solid_[s]].has_value(); }
+    void replace(size_t s, std::string text) { edit(s, Act::Text, nullptr, false, std::move(text)); }
+    bool replaced(size_t s) const { return at_[solid_[s]] != kNone; }
     // The solid index of the parenthesis closing the one at s.
     size_t closing(size_t s) const {
         int depth = 0;
@@ -292,12 +334,12 @@ private:
         auto [a, b] = range;
         if (!col || a >= b) return;
         if (b - a >= 3 && tok(b - 2).isWord("AS")) b -= 2;  // SELECT v AS Expr1
+        // A number keeps its text in a number or text column.
+        bool numberChanges = col->jet == JetType::YesNo || col->jet == JetType::Date;
         if (b - a == 2 && (tok(a).is("-") || tok(a).is("+")) && tok(a + 1).kind == Tok::Number) {
-            double v = std::strtod(std::string(tok(a + 1).text).c_str(), nullptr);
-            if (tok(a).is("-")) v = -v;
-            if (std::optional<std::string> lit = numberTo(v, *col)) {
+            if (numberChanges) {
                 replace(a, "");
-                replace(a + 1, *lit);
+                edit(a + 1, Act::NumberTo, col, tok(a).is("-"));
             }
             return;
         }
@@ -305,13 +347,10 @@ private:
         const Token& t = tok(a);
         if (col->isText()) return;
         switch (t.kind) {
-            case Tok::Number: {
-                if (col->isNumber()) return;  // a number into a number column stays as written
-                double v = std::strtod(std::string(t.text).c_str(), nullptr);
-                if (auto lit = numberTo(v, *col)) replace(a, *lit);
+            case Tok::Number:
+                if (numberChanges) edit(a, Act::NumberTo, col);
                 return;
-            }
-            case Tok::String: replace(a, stringTo(unquote(t), *col)); return;
+            case Tok::String: edit(a, Act::StringTo, col); return;
             case Tok::Word:
                 if (t.isWord("True") || t.isWord("False")) {
                     if (col->jet == JetType::Date) mismatch();
@@ -322,54 +361,13 @@ private:
         }
     }
 
-    // A number assigned to a column; nothing when it stays as written.
-    std::optional<std::string> numberTo(double v, const Column& col) {
-        switch (col.jet) {
-            case JetType::YesNo: return std::string(v != 0 ? "-1" : "0");
-            case JetType::Date: return dateLiteral(v);
-            default: return std::nullopt;
-        }
-    }
-
-    std::string stringTo(const std::string& s, const Column& col) {
-        switch (col.jet) {
-            case JetType::Long:
-            case JetType::Integer:
-            case JetType::Double: {
-                auto v = rt::parseNumber(s, r_);
-                if (!v) mismatch();
-                return numberLiteral(*v);
-            }
-            case JetType::YesNo: {
-                if (auto v = rt::parseNumber(s, r_)) return *v != 0 ? "-1" : "0";
-                for (const char* w : {"True", "Yes", "On"})
-                    if (sameName(s, w)) return "-1";
-                for (const char* w : {"False", "No", "Off"})
-                    if (sameName(s, w)) return "0";
-                mismatch();
-            }
-            case JetType::Date: {
-                auto d = rt::parseDate(s, r_);
-                if (!d) d = rt::parseIso(s);
-                if (!d) mismatch();
-                return dateLiteral(*d);
-            }
-            default: return "'" + s + "'";
-        }
-    }
-
     // ---- rules that apply anywhere in the statement ----
     void generalRules() {
         for (size_t s = 0; s < count(); ++s) {
             if (replaced(s)) continue;
             const Token& t = tok(s);
             switch (t.kind) {
-                case Tok::Date: {
-                    auto d = readHashDate(unquote(t));
-                    if (!d) syntax("Syntax error in date in query expression '" + std::string(t.text) + "'.");
-                    replace(s, dateLiteral(*d));
-                    break;
-                }
+                case Tok::Date: edit(s, Act::HashDate); break;
                 case Tok::Word:
                     if ((t.isWord("True") || t.isWord("False")) && !(s > 0 && tok(s - 1).is(".")) &&
                         !(s + 1 < count() && tok(s + 1).is(".")) && !(s > 0 && tok(s - 1).isWord("AS"))) {
@@ -393,10 +391,8 @@ private:
         auto args = items(s + 2, close);
         if (args.size() != 2 || args[1].second != args[1].first + 1 || tok(args[1].first).kind != Tok::String)
             syntax("Undefined function 'Format' in expression.");
-        std::string mask = unquote(tok(args[1].first));
-        if (!sameName(mask, "Currency")) syntax("Undefined function 'Format' with mask '" + mask + "' in expression.");
         replace(s, "jet_currency");
-        replace(args[1].first, std::to_string(r_.currencyDigits));
+        edit(args[1].first, Act::CurrencyMask);
     }
 
     // A quoted number as an operand of * / + -: read by the regional settings.
@@ -405,13 +401,8 @@ private:
         bool before = s > 0 && isArith(tok(s - 1));
         bool after = s + 1 < count() && isArith(tok(s + 1));
         if (!before && !after) return;
-        auto v = rt::parseNumber(unquote(tok(s)), r_);
-        if (!v) {
-            bool plusOnly = (!before || tok(s - 1).is("+")) && (!after || tok(s + 1).is("+"));
-            if (plusOnly) return;  // + between texts joins them
-            mismatch();
-        }
-        replace(s, numberLiteral(*v));
+        bool plusOnly = (!before || tok(s - 1).is("+")) && (!after || tok(s + 1).is("+"));
+        edit(s, plusOnly ? Act::OperandOrText : Act::Operand);
     }
 
     // Whether the name at s is compared with a bare number (looked at before the
@@ -443,10 +434,8 @@ private:
                 ++n;
             }
             if (n >= count() || tok(n).kind != Tok::Number || replaced(n)) return at;
-            double v = std::strtod(std::string(tok(n).text).c_str(), nullptr);
-            if (neg) v = -v;
             if (n != at) replace(at, "");
-            replace(n, dateLiteral(v));
+            edit(n, Act::DayDate, nullptr, neg);
             return n + 1;
         };
         const Token& op = tok(k);
@@ -461,21 +450,154 @@ private:
         }
     }
 
+    static constexpr size_t kNone = static_cast<size_t>(-1);
     std::string_view text_;
     StatementKind kind_;
-    const Regional& r_;
     const Catalog& cat_;
-    std::vector<Token> toks_;
+    const std::vector<Token>& toks_;
     std::vector<size_t> solid_;
-    std::vector<std::optional<std::string>> repl_;
+    std::vector<size_t> at_;  // token -> its edit in edits_, or kNone
+    std::vector<Edit> edits_;
     std::vector<const Table*> scope_;
-    bool changed_ = false;
 };
+
+// ---- applying a plan: the only place a literal's text is read ----
+
+std::string stringTo(const std::string& s, const Column& col, const Regional& r) {
+    switch (col.jet) {
+        case JetType::Long:
+        case JetType::Integer:
+        case JetType::Double: {
+            auto v = rt::parseNumber(s, r);
+            if (!v) mismatch();
+            return numberLiteral(*v);
+        }
+        case JetType::YesNo: {
+            if (auto v = rt::parseNumber(s, r)) return *v != 0 ? "-1" : "0";
+            for (const char* w : {"True", "Yes", "On"})
+                if (sameName(s, w)) return "-1";
+            for (const char* w : {"False", "No", "Off"})
+                if (sameName(s, w)) return "0";
+            mismatch();
+        }
+        case JetType::Date: {
+            auto d = rt::parseDate(s, r);
+            if (!d) d = rt::parseIso(s);
+            if (!d) mismatch();
+            return dateLiteral(*d);
+        }
+        default: return "'" + s + "'";
+    }
+}
+
+void emit(std::string& out, const Edit& e, const Token& t, const Regional& r) {
+    switch (e.act) {
+        case Act::Text: out += e.text; return;
+        case Act::NumberTo: {
+            double v = numberValue(t, e.negate);
+            out += e.col->jet == JetType::YesNo ? (v != 0 ? "-1" : "0") : dateLiteral(v);
+            return;
+        }
+        case Act::StringTo: out += stringTo(unquote(t), *e.col, r); return;
+        case Act::HashDate: {
+            auto d = readHashDate(unquote(t));
+            if (!d) syntax("Syntax error in date in query expression '" + std::string(t.text) + "'.");
+            out += dateLiteral(*d);
+            return;
+        }
+        case Act::Operand:
+        case Act::OperandOrText: {
+            auto v = rt::parseNumber(unquote(t), r);
+            if (v) out += numberLiteral(*v);
+            else if (e.act == Act::OperandOrText) out += t.text;  // + between texts joins them
+            else mismatch();
+            return;
+        }
+        case Act::DayDate: out += dateLiteral(numberValue(t, e.negate)); return;
+        case Act::CurrencyMask: {
+            std::string mask = unquote(t);
+            if (!sameName(mask, "Currency"))
+                syntax("Undefined function 'Format' with mask '" + mask + "' in expression.");
+            out += std::to_string(r.currencyDigits);
+            return;
+        }
+    }
+}
+
+std::string apply(std::string_view text, const std::vector<Token>& toks, const Plan& plan, const Regional& r) {
+    if (plan.empty()) return std::string(text);
+    std::string out;
+    out.reserve(text.size() + 16 * plan.size());
+    size_t copied = 0;
+    for (const Edit& e : plan) {
+        const Token& t = toks[e.token];
+        out.append(text.substr(copied, t.pos - copied));
+        emit(out, e, t, r);
+        copied = t.pos + t.text.size();
+    }
+    out.append(text.substr(copied));
+    return out;
+}
+
+// ---- plans by statement shape ----
+// The classes compose a few hundred statement forms and send each many times
+// with other values (a batch save inserts every line with the same text but
+// its values), so the analysis of a shape is kept and reused. The shape is the
+// statement with each string, number and date literal reduced to a marker for
+// its kind; everything else (names, keywords, blanks) is kept as written.
+// One cache per thread, so no lock; bounded in entries and statement size.
+
+constexpr size_t kMaxPlans = 512;
+constexpr size_t kMaxShapeText = 8192;
+
+struct PlanCache {
+    std::vector<Token> toks;
+    std::string key;
+    std::unordered_map<std::string, Plan> plans;
+};
+
+// The statement's shape into `key`; false when it has none that can be reused
+// (an unterminated literal, an unreadable character, or a marker byte of its own).
+bool shapeOf(const std::vector<Token>& toks, StatementKind kind, std::string& key) {
+    static constexpr std::string_view kMarkers("\x01\x02\x03", 3);
+    key.clear();
+    key.push_back(kind == StatementKind::Read ? 'R' : 'W');
+    for (const Token& t : toks) {
+        switch (t.kind) {
+            case Tok::String:
+                if (t.unterminated) return false;
+                key.push_back('\x01');
+                break;
+            case Tok::Number: key.push_back('\x02'); break;
+            case Tok::Date: key.push_back('\x03'); break;
+            case Tok::Other: return false;
+            case Tok::Bracket:
+                if (t.unterminated || t.text.find_first_of(kMarkers) != std::string_view::npos) return false;
+                key.append(t.text);
+                break;
+            default: key.append(t.text); break;
+        }
+    }
+    return true;
+}
 
 }  // namespace
 
 std::string translate(std::string_view composed, StatementKind kind, const Regional& regional, const Catalog& cat) {
-    return Translator(composed, kind, regional, cat).run();
+    // Plans hold pointers into the catalog, so only the library's own catalog,
+    // which lives as long as the program, has its plans kept.
+    thread_local PlanCache cache;
+    tokenize(composed, cache.toks);
+    bool keep = &cat == &catalog() && composed.size() <= kMaxShapeText && shapeOf(cache.toks, kind, cache.key);
+    if (keep) {
+        if (auto it = cache.plans.find(cache.key); it != cache.plans.end())
+            return apply(composed, cache.toks, it->second, regional);
+    }
+    Plan plan = Translator(composed, cache.toks, kind, cat).analyze();
+    if (!keep) return apply(composed, cache.toks, plan, regional);
+    if (cache.plans.size() >= kMaxPlans) cache.plans.clear();
+    auto it = cache.plans.emplace(cache.key, std::move(plan)).first;
+    return apply(composed, cache.toks, it->second, regional);
 }
 
 }  // namespace hist::sql
