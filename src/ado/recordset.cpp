@@ -29,6 +29,7 @@ struct RowData {
     std::vector<uint8_t> status;            // RowStatus per row
     std::unordered_map<uint32_t, Overlay> overlay;
     uint64_t generation = 1;                // bumped when rows appear or disappear
+    uint32_t fetched = 0;                   // rows 0..fetched-1 came from the last fetch
 
     RowStatus statusOf(uint32_t row) const { return static_cast<RowStatus>(status[row]); }
     bool live(uint32_t row) const {
@@ -113,18 +114,34 @@ Criteria Recordset::parseCriteria(std::string_view text, bool single) const {
         single);
 }
 
-// The visible rows: live rows passing the filter, in fetch order, then sorted.
+// Whether a row belongs to this view: a live row passing the criteria, or under a
+// group filter a row of that group.
+bool Recordset::inView(uint32_t r) const {
+    const RowData& d = *data_;
+    const RowStatus s = d.statusOf(r);
+    switch (group_) {
+    case FilterGroup::None: return d.live(r) && (filter_.empty() || filter_.matches([&](int f) { return cell(r, f); }));
+    case FilterGroup::Pending: return s == RowStatus::Modified || s == RowStatus::New || s == RowStatus::Deleted;
+    case FilterGroup::Affected: return d.live(r) && std::binary_search(touched_.begin(), touched_.end(), r);
+    case FilterGroup::Fetched: return d.live(r) && r < d.fetched;
+    case FilterGroup::Conflicting:
+        return s != RowStatus::Gone && std::binary_search(conflicts_.begin(), conflicts_.end(), r);
+    }
+    return false;
+}
+
+// The visible rows, in fetch order, then sorted.
 void Recordset::computeOrder() {
     RowData& d = *data_;
     order_.clear();
     const uint32_t n = static_cast<uint32_t>(d.store.rows());
     order_.reserve(n);
-    if (filter_.empty()) {
+    if (filter_.empty() && group_ == FilterGroup::None) {
         for (uint32_t r = 0; r < n; ++r)
             if (d.live(r)) order_.push_back(r);
     } else {
         for (uint32_t r = 0; r < n; ++r)
-            if (d.live(r) && filter_.matches([&](int f) { return cell(r, f); })) order_.push_back(r);
+            if (inView(r)) order_.push_back(r);
     }
     applySort();
     seenGeneration_ = d.generation;
@@ -190,6 +207,14 @@ uint32_t Recordset::currentRow() const {
     return order_[idx_];
 }
 
+uint32_t Recordset::liveCurrentRow() const {
+    const uint32_t row = currentRow();
+    if (!data_->live(row))
+        raise(err::NoCurrentRecord, err::SrcRecordset,
+              withDetail(err::NoCurrentRecord, "The current row is marked for deletion."));
+    return row;
+}
+
 void Recordset::fireMove(EventReason r) {
     // Counted in the thread's events for the host, once per operation. A clone's
     // moves are not: the listings walk clones row by row.
@@ -222,6 +247,10 @@ void Recordset::load(const std::function<void(backend::RowSink&)>& produce) {
     produce(loader);
     d->store.shrink();
     d->status.assign(d->store.rows(), static_cast<uint8_t>(RowStatus::Unchanged));
+    d->fetched = static_cast<uint32_t>(d->store.rows());
+    touched_.clear();
+    touchedWritten_ = false;
+    conflicts_.clear();
     data_ = std::move(d);
     editing_ = false;
     beforeAdd_.reset();
@@ -465,31 +494,34 @@ void Recordset::Find(std::string_view criteria, long skipRecords, int searchDire
 // ---------------------------------------------------------------- filter, sort, clone, requery
 
 Variant Recordset::Filter() const {
+    if (group_ != FilterGroup::None) return Variant(static_cast<int32_t>(group_));
     if (filterText_.empty()) return Variant(static_cast<int32_t>(0));
     return Variant(filterText_);
 }
 
 void Recordset::SetFilter(const Variant& filter) {
     std::string text;
+    FilterGroup group = FilterGroup::None;
     if (filter.isString()) {
         text = filter.asString();
     } else if (filter.type() == VarType::Integer || filter.type() == VarType::Long) {
-        const long group = rt::CLng(filter);
-        if (group == 1 || group == 2 || group == 3 || group == 5)
-            raise(err::NotCapable, err::SrcRecordset,
-                  withDetail(err::NotCapable, "Filter group " + std::to_string(group) + "."));
-        if (group != 0) raise(err::BadArgument, err::SrcRecordset, withDetail(err::BadArgument, "Filter."));
+        const long value = rt::CLng(filter);
+        if (value != 0 && value != 1 && value != 2 && value != 3 && value != 5)
+            raise(err::BadArgument, err::SrcRecordset, withDetail(err::BadArgument, "Filter."));
+        group = static_cast<FilterGroup>(value);
     } else {
         raise(err::BadArgument, err::SrcRecordset, withDetail(err::BadArgument, "Filter."));
     }
     if (!open_) {  // kept, read when the recordset opens
         filterText_ = text;
+        group_ = group;
         return;
     }
     sync();
     Criteria parsed = text.empty() ? Criteria{} : parseCriteria(text, false);
     filterText_ = std::move(text);
     filter_ = std::move(parsed);
+    group_ = group;
     editing_ = false;
     computeOrder();
     goFirst();
@@ -554,8 +586,27 @@ int Recordset::EditMode() {
     switch (data_->statusOf(row)) {
     case RowStatus::New: return static_cast<int>(EditModeValue::Add);
     case RowStatus::Modified: return static_cast<int>(EditModeValue::InProgress);
+    case RowStatus::Deleted: return static_cast<int>(EditModeValue::Delete);
     default: return static_cast<int>(EditModeValue::None);
     }
+}
+
+int Recordset::Status() {
+    requireOpen();
+    sync();
+    const uint32_t row = pos_ == Pos::Deleted ? deletedRow_ : currentRow();
+    int flags = rec::Unmodified;
+    switch (data_->statusOf(row)) {
+    case RowStatus::New: flags = rec::New; break;
+    case RowStatus::Modified: flags = rec::Modified; break;
+    case RowStatus::Deleted:
+    case RowStatus::Gone: flags = rec::Deleted; break;
+    case RowStatus::Unchanged:
+        if (touchedWritten_ && std::binary_search(touched_.begin(), touched_.end(), row)) flags = rec::OK;
+        break;
+    }
+    if (std::binary_search(conflicts_.begin(), conflicts_.end(), row)) flags |= rec::ConcurrencyViolation;
+    return flags;
 }
 
 void Recordset::AddNew() {
@@ -635,18 +686,30 @@ void Recordset::Delete(int affectRecords) {
         }
     };
     if (affectRecords == 1) {
-        const uint32_t row = currentRow();
+        const uint32_t row = liveCurrentRow();
         fireWill(EventReason::Delete, 1);
         mark(row);
+        touched_.assign(1, row);
+        touchedWritten_ = false;
         order_.erase(order_.begin() + static_cast<std::ptrdiff_t>(idx_));
         pos_ = Pos::Deleted;
         deletedRow_ = row;
-    } else if (affectRecords == 3) {
+    } else if (affectRecords == 3 || affectRecords == 2) {
+        // Every visible row; the group form only under a group filter.
+        if (affectRecords == 2 && group_ == FilterGroup::None)
+            raise(err::BadArgument, err::SrcRecordset,
+                  withDetail(err::BadArgument, "Delete AffectRecords 2 needs a group filter."));
+        std::optional<uint32_t> current;
+        if (pos_ == Pos::Row) current = order_[idx_];
+        std::erase_if(order_, [&d](uint32_t row) { return !d.live(row); });  // rows already marked
         fireWill(EventReason::Delete, static_cast<long>(order_.size()));
         for (uint32_t row : order_) mark(row);
-        if (pos_ == Pos::Row) {
+        touched_ = order_;
+        std::sort(touched_.begin(), touched_.end());
+        touchedWritten_ = false;
+        if (current) {
             pos_ = Pos::Deleted;
-            deletedRow_ = order_[idx_];
+            deletedRow_ = *current;
         } else {
             pos_ = Pos::Empty;
         }
@@ -660,8 +723,9 @@ void Recordset::Delete(int affectRecords) {
     seenGeneration_ = d.generation;
 }
 
-// The pending rows an UpdateBatch or CancelBatch acts on: the current row (1), or
-// every pending row, only those passing a criteria filter when one is set (3).
+// The pending rows an UpdateBatch or CancelBatch acts on: the current row (1), the
+// visible rows of a group filter (2), or every pending row, only those passing a
+// criteria filter when one is set (3).
 std::vector<uint32_t> Recordset::affected(int affectRecords, const char* what) {
     RowData& d = *data_;
     std::vector<uint32_t> rows;
@@ -676,6 +740,14 @@ std::vector<uint32_t> Recordset::affected(int affectRecords, const char* what) {
         else
             row = currentRow();
         if (pending(row)) rows.push_back(row);
+    } else if (affectRecords == 2) {
+        if (group_ == FilterGroup::None)
+            raise(err::BadArgument, err::SrcRecordset,
+                  withDetail(err::BadArgument, std::string(what) + " AffectRecords 2 needs a group filter."));
+        if (order_.empty()) noCurrentRecord();
+        for (uint32_t r : order_)
+            if (pending(r)) rows.push_back(r);
+        std::sort(rows.begin(), rows.end());
     } else if (affectRecords == 3) {
         const uint32_t n = static_cast<uint32_t>(d.store.rows());
         for (uint32_t r = 0; r < n; ++r) {
@@ -694,15 +766,21 @@ void Recordset::UpdateBatch(int affectRecords) {
     sync();
     const std::vector<uint32_t> rows = affected(affectRecords, "UpdateBatch");
     editing_ = false;
+    touched_ = rows;
+    touchedWritten_ = false;
+    conflicts_.clear();
     if (rows.empty()) return;
     const std::vector<Refresh> refreshed = writeBack(rows);  // all or nothing; on failure the rows stay pending
+    touchedWritten_ = true;
     RowData& d = *data_;
     std::string buf;
+    bool gone = false;
     for (uint32_t row : rows) {
         const RowStatus s = d.statusOf(row);
         if (s == RowStatus::Deleted) {
             d.status[row] = static_cast<uint8_t>(RowStatus::Gone);
             d.overlay.erase(row);
+            gone = true;
             continue;
         }
         auto it = d.overlay.find(row);
@@ -724,6 +802,15 @@ void Recordset::UpdateBatch(int affectRecords) {
         c.s = r.s;
         d.store.set(r.row, r.col, c);
     }
+    // Rows deleted in the archive leave every view; a group view is taken again,
+    // as what belongs to the group has changed.
+    if (gone) ++d.generation;
+    if (gone || group_ != FilterGroup::None) {
+        std::optional<uint32_t> keep;
+        if (pos_ == Pos::Row && d.live(order_[idx_])) keep = order_[idx_];
+        computeOrder();
+        settle(keep);
+    }
 }
 
 void Recordset::CancelBatch(int affectRecords) {
@@ -738,6 +825,10 @@ void Recordset::CancelBatch(int affectRecords) {
         d.status[row] = static_cast<uint8_t>(d.statusOf(row) == RowStatus::New ? RowStatus::Gone : RowStatus::Unchanged);
         d.overlay.erase(row);
     }
+    touched_ = rows;
+    std::sort(touched_.begin(), touched_.end());
+    touchedWritten_ = false;
+    std::erase_if(conflicts_, [&](uint32_t r) { return std::binary_search(touched_.begin(), touched_.end(), r); });
     std::optional<uint32_t> keep;
     if (pos_ == Pos::Row) keep = order_[idx_];
     if (pos_ == Pos::Deleted) keep = deletedRow_;
@@ -836,8 +927,10 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
     };
 
     session.begin();
+    uint32_t at = 0;  // the row being written, kept when it conflicts
     try {
         for (uint32_t row : rows) {
+            at = row;
             const RowStatus s = d.statusOf(row);
             const Overlay* ov = nullptr;
             if (auto it = d.overlay.find(row); it != d.overlay.end()) ov = &it->second;
@@ -937,6 +1030,13 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
             }
         }
         session.commit();
+    } catch (const Error& e) {
+        try {
+            session.rollback();
+        } catch (...) {
+        }
+        if (e.number() == err::SqlRowConflict) conflicts_.assign(1, at);
+        throw;
     } catch (...) {
         try {
             session.rollback();
@@ -989,7 +1089,7 @@ const backend::ColumnMeta& Recordset::fieldMeta(int field) const {
 Variant Recordset::fieldValue(int field) {
     requireOpen();
     sync();
-    const uint32_t row = currentRow();
+    const uint32_t row = liveCurrentRow();
     const RowData& d = *data_;
     if (d.statusOf(row) != RowStatus::Unchanged) {
         auto it = d.overlay.find(row);
@@ -1002,7 +1102,7 @@ Variant Recordset::fieldValue(int field) {
 Variant Recordset::fieldOriginal(int field) {
     requireOpen();
     sync();
-    const uint32_t row = currentRow();
+    const uint32_t row = liveCurrentRow();
     const RowData& d = *data_;
     if (d.statusOf(row) == RowStatus::New) return Variant();
     return cellToVariant(d.store.get(row, static_cast<std::size_t>(d.fieldCol[static_cast<std::size_t>(field)])),
@@ -1013,7 +1113,7 @@ void Recordset::setFieldValue(int field, const Variant& v) {
     requireOpen();
     sync();
     requireWritable();
-    const uint32_t row = currentRow();
+    const uint32_t row = liveCurrentRow();
     const backend::ColumnMeta& meta = fieldMeta(field);
     Variant coerced;
     try {

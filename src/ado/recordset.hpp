@@ -52,6 +52,14 @@ public:
 
 enum class EditModeValue : int { None = 0, InProgress = 1, Add = 2, Delete = 4 };
 
+// The filters that select rows by what happened to them (the platform's FilterGroupEnum).
+enum class FilterGroup : int { None = 0, Pending = 1, Affected = 2, Fetched = 3, Conflicting = 5 };
+
+// A row's state as Status reports it (flags of the platform's RecordStatusEnum).
+namespace rec {
+inline constexpr int OK = 0, New = 1, Modified = 2, Deleted = 4, Unmodified = 8, ConcurrencyViolation = 0x800;
+}
+
 class Recordset : public Object {
 public:
     Recordset();
@@ -86,8 +94,13 @@ public:
               const Variant& start = Variant::missing());
 
     // ---- Selection ----
-    // 0 (adFilterNone) when no filter is set, else the criteria text.
+    // 0 (adFilterNone) when no filter is set, the group value for a group filter,
+    // else the criteria text.
     Variant Filter() const;
+    // A criteria text, "" or 0 to lift the filter, or a group value: 1 the rows
+    // with pending changes (deleted ones included), 2 the rows the last Delete,
+    // UpdateBatch or CancelBatch acted on, 3 the rows of the last fetch, 5 the
+    // rows that failed the last UpdateBatch.
     void SetFilter(const Variant& filter);
     const std::string& Sort() const noexcept { return sortText_; }
     void SetSort(std::string_view sort);
@@ -96,6 +109,9 @@ public:
 
     // ---- Editing ----
     int EditMode();
+    // The current row's rec:: flags: New, Modified, Deleted, Unmodified, or OK for
+    // a row the last UpdateBatch wrote; ConcurrencyViolation when that batch failed on it.
+    int Status();
     void AddNew();
     void Update();
     void CancelUpdate();
@@ -133,6 +149,10 @@ private:
     void settle(std::optional<uint32_t> keepRow);
     void goFirst();
     uint32_t currentRow() const;
+    // The current row when its fields can be read and written: not one marked
+    // deleted, which a pending-rows filter shows.
+    uint32_t liveCurrentRow() const;
+    bool inView(uint32_t row) const;
     std::size_t indexOfBookmark(const Variant& bookmark) const;
     CellView cell(uint32_t row, int field) const;
     Criteria parseCriteria(std::string_view text, bool single) const;
@@ -175,6 +195,12 @@ private:
 
     std::string filterText_;
     Criteria filter_;
+    FilterGroup group_ = FilterGroup::None;
+    // Sorted rows: those the last Delete, UpdateBatch or CancelBatch acted on,
+    // whether they were written by a successful UpdateBatch, and those it failed on.
+    std::vector<uint32_t> touched_;
+    bool touchedWritten_ = false;
+    std::vector<uint32_t> conflicts_;
     std::string sortText_;
     std::vector<SortKey> sort_;
 

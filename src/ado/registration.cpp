@@ -32,6 +32,7 @@ void registerAdoClasses(Registry& r) {
                   s.Find(criteria, skip, direction, start);
               });
     rs.get("EditMode", [](Recordset& s) { return static_cast<int32_t>(s.EditMode()); });
+    rs.get("Status", [](Recordset& s) { return static_cast<int32_t>(s.Status()); });
     rs.method("AddNew", {}, [](Recordset& s) { s.AddNew(); });
     rs.method("Update", {}, [](Recordset& s) { s.Update(); });
     rs.method("CancelUpdate", {}, [](Recordset& s) { s.CancelUpdate(); });

@@ -227,6 +227,90 @@ TEST(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
     EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:primero", "3:tres"}));
 }
 
+// The group filters show rows by what happened to them, and the group form of
+// UpdateBatch, CancelBatch and Delete acts on what such a filter shows.
+TEST(FilterGroups, PendingFetchedAffectedAndConflictingRows) {
+    Archive a;
+    auto cn1 = a.connect();
+    auto cn2 = a.connect();
+    seed(*cn1);
+    auto rs = a.open(cn1);
+    auto other = a.open(cn2);
+    auto ids = [](ado::Recordset& r) {
+        std::vector<long> out;
+        if (r.RecordCount() == 0) return out;
+        r.MoveFirst();
+        for (; !r.Eof(); r.MoveNext()) out.push_back(static_cast<long>(r.Bookmark()));  // row place = Id here
+        return out;
+    };
+    const auto group = [](int g) { return Variant(static_cast<int32_t>(g)); };
+
+    EXPECT_EQ(errorOf([&] { rs->UpdateBatch(2); }), err::BadArgument);  // no group filter
+    rs->setValue("Descripción", "x");   // row 1 modified
+    rs->MoveNext();
+    rs->Delete(1);                      // row 2 deleted
+    rs->AddNew();                       // row 4 new
+    rs->setValue("Id", 4);
+    rs->setValue("Código", 12);
+    rs->setValue("Descripción", "cuatro");
+    rs->Update();
+
+    rs->SetFilter(group(1));
+    EXPECT_EQ(rs->Filter(), group(1));
+    EXPECT_EQ(ids(*rs), (std::vector<long>{1, 2, 4}));
+    std::vector<int> statuses;
+    for (rs->MoveFirst(); !rs->Eof(); rs->MoveNext()) statuses.push_back(rs->Status());
+    EXPECT_EQ(statuses, (std::vector<int>{ado::rec::Modified, ado::rec::Deleted, ado::rec::New}));
+    rs->MoveFirst();
+    rs->MoveNext();  // the deleted row is shown, but cannot be read or written
+    EXPECT_EQ(rs->EditMode(), 4);
+    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
+    EXPECT_EQ(errorOf([&] { rs->setValue("Descripción", "y"); }), err::NoCurrentRecord);
+    EXPECT_EQ(errorOf([&] { rs->Delete(1); }), err::NoCurrentRecord);
+
+    rs->SetFilter(group(3));  // the fetched rows still live: not the deleted, not the new
+    EXPECT_EQ(ids(*rs), (std::vector<long>{1, 3}));
+    rs->SetFilter(Variant("Código = 10"));
+    EXPECT_EQ(errorOf([&] { rs->UpdateBatch(2); }), err::BadArgument);  // a criteria filter is no group
+
+    rs->SetFilter(group(1));
+    rs->UpdateBatch(2);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:x", "3:tres", "4:cuatro"}));
+    EXPECT_EQ(rs->RecordCount(), 0);  // nothing is pending any more
+    rs->SetFilter(group(2));  // what the batch wrote, still live
+    EXPECT_EQ(ids(*rs), (std::vector<long>{1, 4}));
+    rs->MoveFirst();
+    EXPECT_EQ(rs->Status(), ado::rec::OK);
+
+    // The other recordset read the rows before: row 1 conflicts, row 3 would not.
+    other->setValue("Descripción", "y");
+    other->MoveLast();
+    other->setValue("Descripción", "z");
+    EXPECT_EQ(errorOf([&] { other->UpdateBatch(3); }), err::SqlRowConflict);
+    other->SetFilter(group(5));
+    EXPECT_EQ(ids(*other), (std::vector<long>{1}));
+    other->MoveFirst();
+    EXPECT_EQ(other->Status(), ado::rec::Modified | ado::rec::ConcurrencyViolation);
+    EXPECT_EQ(other->value("Descripción"), Variant("y"));
+    other->SetFilter(group(1));
+    EXPECT_EQ(ids(*other), (std::vector<long>{1, 3}));
+    other->CancelBatch(2);
+    other->SetFilter(group(1));
+    EXPECT_EQ(errorOf([&] { other->UpdateBatch(2); }), err::NoCurrentRecord);  // the group shows nothing
+    other->SetFilter(group(5));
+    EXPECT_EQ(other->RecordCount(), 0);
+
+    // Delete of a group: the fetched rows, then undone.
+    other->SetFilter(group(3));
+    other->Delete(2);
+    other->SetFilter(group(1));
+    EXPECT_EQ(ids(*other), (std::vector<long>{1, 2, 3}));
+    other->CancelBatch(3);
+    other->SetFilter(Variant(""));
+    EXPECT_EQ(other->RecordCount(), 3);
+    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:x", "3:tres", "4:cuatro"}));
+}
+
 TEST(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
     Archive a;
     auto cn = a.connect();

@@ -141,7 +141,10 @@ TEST(Filter, GroupValuesAndOtherKinds) {
     EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant()); }), err::BadArgument);
     EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(1.5)); }), err::BadArgument);
     EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(static_cast<int32_t>(7))); }), err::BadArgument);
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(static_cast<int32_t>(1))); }), err::NotCapable);
+    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(static_cast<int32_t>(4))); }), err::BadArgument);
+    rs->SetFilter(Variant(static_cast<int32_t>(1)));  // nothing pending
+    EXPECT_EQ(rs->RecordCount(), 0);
+    EXPECT_EQ(rs->Filter(), Variant(static_cast<int32_t>(1)));
     rs->SetFilter(Variant("Id = 2"));
     rs->SetFilter(Variant(static_cast<int16_t>(0)));  // adFilterNone
     EXPECT_EQ(rs->RecordCount(), 6);

@@ -41,6 +41,7 @@ TEST_F(AdoByName, RecordsetMembersAndTheirDefaults) {
     EXPECT_EQ(get(nombre, "OriginalValue"), Variant("Ana"));
     EXPECT_EQ(get(nombre, "Type"), Variant(static_cast<int32_t>(202)));
     EXPECT_EQ(get(rs, "EditMode"), Variant(static_cast<int32_t>(1)));
+    EXPECT_EQ(get(rs, "Status"), Variant(static_cast<int32_t>(2)));
 
     call(rs, "MoveNext");
     Args current{Variant(static_cast<int32_t>(1))};
@@ -55,6 +56,9 @@ TEST_F(AdoByName, RecordsetMembersAndTheirDefaults) {
     EXPECT_EQ(get(rs, "RecordCount"), Variant(static_cast<int32_t>(1)));
     const ObjectPtr clone = get(rs, "Clone").asObject();
     EXPECT_EQ(get(clone, "RecordCount"), Variant(static_cast<int32_t>(2)));
+    let(rs, "Filter", none, Variant(static_cast<int32_t>(1)));  // pending: the edited and the deleted row
+    EXPECT_EQ(get(rs, "RecordCount"), Variant(static_cast<int32_t>(2)));
+    EXPECT_EQ(get(rs, "Filter"), Variant(static_cast<int32_t>(1)));
     EXPECT_TRUE(get(rs, "ActiveConnection").isNothing());
 }
 
