@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace hist::sql {
 namespace {
 
@@ -48,25 +51,22 @@ TEST(Selection, ShapeOfTheStatement) {
 }
 
 TEST(Selection, ComputedItemsTakeTheirSourceColumn) {
-    SelectionShape s = analyzeSelection(
-        "SELECT MAX(ID) AS Nuevo_Codigo, COUNT(*) AS N, MAX(h.Base) + 1 AS B, 'x' AS Lit FROM HFacturas h");
+    // The shape views the text it was given, so the texts outlive it.
+    const std::string items = "SELECT MAX(ID) AS Nuevo_Codigo, COUNT(*) AS N, MAX(h.Precio) + 1 AS B, 'x' AS Lit FROM ";
+    const std::string facturas = items + "HFacturas h", lineas = items + "HFacturas_Lineas h";
+    SelectionShape s = analyzeSelection(facturas);
     ASSERT_EQ(s.items.size(), 4u);
     EXPECT_EQ(s.items[0], "MAX(ID) AS Nuevo_Codigo");
     bool isCount = false;
-    const Column* c = s.itemSourceColumn(0, &isCount);
-    EXPECT_EQ(c, nullptr) << "HFacturas has no ID column";
-    s = analyzeSelection("SELECT MAX(ID) AS Nuevo_Codigo, COUNT(*) AS N, MAX(h.Precio) + 1 AS B, 'x' AS Lit FROM "
-                         "HFacturas_Lineas h");
-    c = s.itemSourceColumn(0, &isCount);
-    ASSERT_NE(c, nullptr);
-    EXPECT_EQ(c->name, "ID");
-    EXPECT_FALSE(isCount);
-    s.itemSourceColumn(1, &isCount);
-    EXPECT_TRUE(isCount);
-    c = s.itemSourceColumn(2, &isCount);
-    ASSERT_NE(c, nullptr);
-    EXPECT_EQ(c->name, "Precio");
-    EXPECT_EQ(s.itemSourceColumn(3, &isCount), nullptr);
+    EXPECT_EQ(s.itemSourceColumn(0, &isCount), nullptr) << "HFacturas has no ID column";
+    s = analyzeSelection(lineas);
+    // Per item: the source column's name ("-" for none) and whether it counts rows.
+    std::vector<std::string> got;
+    for (size_t i = 0; i < 4; ++i) {
+        const Column* c = s.itemSourceColumn(i, &isCount);
+        got.push_back((c ? c->name : "-") + (isCount ? " count" : ""));
+    }
+    EXPECT_EQ(got, (std::vector<std::string>{"ID", "- count", "Precio", "-"}));
 }
 
 }  // namespace

@@ -17,26 +17,17 @@ namespace {
 constexpr auto R = StatementKind::Read;
 constexpr auto W = StatementKind::Write;
 
+// Statements as the classes write them and as the engine must receive them (null: unchanged).
 struct Rewrite {
-    const char* name;
+    const char *name;
     StatementKind kind;
-    const char* in;
-    const char* out;
+    const char *in, *out;
 };
-
-class Translates : public ::testing::TestWithParam<Rewrite> {};
-
-TEST_P(Translates, ToTheEngineDialect) {
-    const auto& c = GetParam();
-    EXPECT_EQ(translate(c.in, c.kind, Regional::esES()), c.out);
-}
 
 const Rewrite kRewrites[] = {
     {"untouched_selection", R,
-     "SELECT Numero AS Factura, Serie, Fecha  FROM HFacturas WHERE (((Codigo) ='C1')) ORDER BY Numero;",
-     "SELECT Numero AS Factura, Serie, Fecha  FROM HFacturas WHERE (((Codigo) ='C1')) ORDER BY Numero;"},
-    {"untouched_brackets_and_is_null", R, "SELECT [Base] FROM HOrdenes WHERE (((Base) Is Null))",
-     "SELECT [Base] FROM HOrdenes WHERE (((Base) Is Null))"},
+     "SELECT Numero AS Factura, Serie, Fecha  FROM HFacturas WHERE (((Codigo) ='C1')) ORDER BY Numero;", nullptr},
+    {"untouched_brackets_and_is_null", R, "SELECT [Base] FROM HOrdenes WHERE (((Base) Is Null))", nullptr},
     {"hash_date_iso", R, "SELECT Numero FROM HOrdenes WHERE Fecha = #2003-02-01 10:30:00#",
      "SELECT Numero FROM HOrdenes WHERE Fecha = '2003-02-01 10:30:00'"},
     {"hash_date_month_first", R, "SELECT Numero FROM HOrdenes WHERE Fecha >= #02/01/2003#",
@@ -78,14 +69,14 @@ const Rewrite kRewrites[] = {
     {"serial_compare_qualified", R, "SELECT Numero FROM HAlbaranes WHERE HAlbaranes.Fecha >= 37653.5",
      "SELECT Numero FROM HAlbaranes WHERE HAlbaranes.Fecha >= '2003-02-01 12:00:00'"},
     {"text_columns_keep_their_text", W, "INSERT INTO HFacturas (Numero, Serie, Codigo) VALUES (1, 'A', '0012')",
-     "INSERT INTO HFacturas (Numero, Serie, Codigo) VALUES (1, 'A', '0012')"},
-    {"like_is_left_to_the_engine", R, "SELECT Numero FROM HAlbaranes WHERE ((Codigo) Like 'C*')",
-     "SELECT Numero FROM HAlbaranes WHERE ((Codigo) Like 'C*')"},
+     nullptr},
+    {"like_is_left_to_the_engine", R, "SELECT Numero FROM HAlbaranes WHERE ((Codigo) Like 'C*')", nullptr},
 };
 
-INSTANTIATE_TEST_SUITE_P(Dialect, Translates,
-                         ::testing::ValuesIn(std::begin(kRewrites), std::end(kRewrites)),
-                         [](const auto& info) { return std::string(info.param.name); });
+TEST(Translate, ToTheEngineDialect) {
+    for (const auto& c : kRewrites)
+        EXPECT_EQ(translate(c.in, c.kind, Regional::esES()), c.out ? c.out : c.in) << c.name;
+}
 
 TEST(Translate, InsertSelectStarIsSpelledOutByName) {
     std::string out = translate(
@@ -101,12 +92,13 @@ TEST(Translate, InsertSelectStarIsSpelledOutByName) {
 }
 
 TEST(Translate, RegionalSettingsReadTheQuotedValues) {
-    const char* in = "UPDATE HOrdenes SET Base = '1,234.5', Fecha = '02/01/2003'";
-    EXPECT_EQ(translate(in, W, Regional::enUS()), "UPDATE HOrdenes SET Base = 1234.5, Fecha = '2003-02-01 00:00:00'");
+    EXPECT_EQ(translate("UPDATE HOrdenes SET Base = '1,234.5', Fecha = '02/01/2003'", W, Regional::enUS()),
+              "UPDATE HOrdenes SET Base = 1234.5, Fecha = '2003-02-01 00:00:00'");
     EXPECT_EQ(translate("UPDATE HOrdenes SET Base = '1.234,5', Fecha = '02/01/2003'", W, Regional::esES()),
               "UPDATE HOrdenes SET Base = 1234.5, Fecha = '2003-01-02 00:00:00'");
 }
 
+// Statements the translator refuses, with the provider's number and the start of its description.
 struct Failure {
     const char* name;
     StatementKind kind;
@@ -114,20 +106,6 @@ struct Failure {
     long number;
     const char* starts;
 };
-
-class Refuses : public ::testing::TestWithParam<Failure> {};
-
-TEST_P(Refuses, WithTheProviderNumber) {
-    const auto& c = GetParam();
-    try {
-        std::string out = translate(c.in, c.kind, Regional::esES());
-        ADD_FAILURE() << "translated to: " << out;
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), c.number) << e.description();
-        EXPECT_EQ(e.source(), err::SrcSql);
-        EXPECT_TRUE(e.description().starts_with(c.starts)) << e.description();
-    }
-}
 
 const Failure kFailures[] = {
     {"stray_apostrophe", R, "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Reclamaciones 'Where Numero = 5",
@@ -160,8 +138,17 @@ const Failure kFailures[] = {
     {"other_format_mask", W, "UPDATE HOrdenes SET Base = Format(Base, 'Fixed')", err::SqlSyntax, "Undefined function"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Dialect, Refuses, ::testing::ValuesIn(kFailures),
-                         [](const auto& info) { return std::string(info.param.name); });
+TEST(Translate, RefusesWithTheProviderNumber) {
+    for (const auto& c : kFailures) {
+        try {
+            ADD_FAILURE() << c.name << " translated to: " << translate(c.in, c.kind, Regional::esES());
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), c.number) << c.name << ": " << e.description();
+            EXPECT_EQ(e.source(), err::SrcSql) << c.name;
+            EXPECT_TRUE(e.description().starts_with(c.starts)) << c.name << ": " << e.description();
+        }
+    }
+}
 
 // The outcome of one translation: its text, or the error's number and description.
 std::string outcome(const std::string& in, StatementKind kind, const Regional& r, const Catalog& cat = catalog()) {
@@ -233,17 +220,14 @@ TEST(Translate, ShapeKeepsNamesAndLiteralKinds) {
 
 TEST(Tokenizer, PrintsBackByteForByteAndMarksUnterminatedStrings) {
     const std::string text = "SELECT  [Base], 'it''s', #1/2/2003# ,Código\tFROM T WHERE x<>1.5e3;";
-    auto toks = tokenize(text);
     std::string back;
-    for (const auto& t : toks) back += t.text;
+    std::vector<std::string> strings;
+    for (const auto& t : tokenize(text)) {
+        back += t.text;
+        if (t.kind == Tok::String) strings.push_back(unquote(t));
+    }
     EXPECT_EQ(back, text);
-    int strings = 0;
-    for (const auto& t : toks)
-        if (t.kind == Tok::String) {
-            ++strings;
-            EXPECT_EQ(unquote(t), "it's");
-        }
-    EXPECT_EQ(strings, 1);
+    EXPECT_EQ(strings, std::vector<std::string>{"it's"});
     auto bad = tokenize("FROM X 'Where N = 5");
     EXPECT_TRUE(bad.back().unterminated);
     EXPECT_EQ(bad.back().kind, Tok::String);
