@@ -5,9 +5,12 @@
 #include "platform/collection.hpp"
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
+#include "runtime_test_util.hpp"
 
 namespace hist {
 namespace {
+
+using hist::testing::errorOf;
 
 // A class with members of every shape the record classes use.
 class Probe : public Object {
@@ -73,15 +76,6 @@ protected:
                         if (name == "Primary") data = Variant(std::string("rs"));
                     })
             .unlisted();
-    }
-
-    long errorOf(const std::function<void()>& f) {
-        try {
-            f();
-        } catch (const Error& e) {
-            return e.number();
-        }
-        return 0;
     }
 
     std::shared_ptr<Probe> probe = std::make_shared<Probe>();
@@ -175,11 +169,6 @@ TEST_F(DispatchTest, CallFailuresCarryTheRuntimeNumbers) {
     // A property without a let, and a method, cannot be assigned.
     EXPECT_EQ(errorOf([&] { let(*probe, "Items", none, Variant()); }), err::WrongArgumentCount);
     EXPECT_EQ(errorOf([&] { let(*probe, "Fill", none, Variant()); }), err::WrongArgumentCount);
-    try {
-        call(*probe, "NuevoCodigo", tooMany);
-    } catch (const Error& e) {
-        EXPECT_EQ(e.description(), "Wrong number of arguments or invalid property assignment");
-    }
 }
 
 TEST_F(DispatchTest, ByReferenceWritesBeforeAFailureStand) {
@@ -188,7 +177,7 @@ TEST_F(DispatchTest, ByReferenceWritesBeforeAFailureStand) {
     EXPECT_EQ(a[0], Variant(std::string("partial")));
 }
 
-TEST_F(DispatchTest, NamesIgnoreCaseAndListingKeepsInterfaceOrder) {
+TEST_F(DispatchTest, NamesIgnoreCaseListingKeepsInterfaceOrderPropertiesLet) {
     Args a{Variant(), Variant::nothing()};
     EXPECT_NO_THROW(call(*probe, "nuevocodigo", a));
     const ClassInfo* ci = Registry::global().find("PROBE");
@@ -199,9 +188,6 @@ TEST_F(DispatchTest, NamesIgnoreCaseAndListingKeepsInterfaceOrder) {
     Args dm{Variant(std::string("Primary")), Variant()};
     call(*probe, "Class_GetDataMember", dm);
     EXPECT_EQ(dm[1], Variant(std::string("rs")));
-}
-
-TEST_F(DispatchTest, PropertiesReadAndLet) {
     Args none;
     let(*probe, "value", none, Variant(std::string("nuevo")));
     EXPECT_EQ(call(*probe, "Value", none), Variant(std::string("nuevo")));
@@ -227,35 +213,6 @@ TEST_F(DispatchTest, RegistrationChecksArityAndCreatesByName) {
     ASSERT_NE(o, nullptr);
     EXPECT_EQ(o->typeName(), "Probe");
     EXPECT_EQ(errorOf([] { Registry::global().create("NoSuchClass"); }), err::CannotCreateObject);
-}
-
-TEST_F(DispatchTest, RuntimeFunctionsByName) {
-    ObjectPtr rtObj = Registry::global().create("Runtime");
-    struct Case {
-        const char* locale;
-        const char* fn;
-        Args args;
-        Variant expected;
-    };
-    const Case cases[] = {
-        {"es-ES", "CInt", {Variant(std::string("2,5"))}, Variant(int16_t{2})},
-        {"en-US", "CInt", {Variant(std::string("3.5"))}, Variant(int16_t{4})},
-        {"es-ES", "CDbl", {Variant(std::string("1.234,5"))}, Variant(1234.5)},
-        {"en-US", "CDbl", {Variant(std::string("1,234.5"))}, Variant(1234.5)},
-        {"es-ES", "CStr", {Variant(0.5)}, Variant(std::string("0,5"))},
-        {"en-US", "CStr", {Variant(0.5)}, Variant(std::string("0.5"))},
-        {"es-ES", "Val", {Variant(std::string("12,5"))}, Variant(12.0)},
-        {"es-ES", "IsNumeric", {Variant(std::string("abc"))}, Variant(false)},
-        {"es-ES", "CLng", {Variant(int16_t{7})}, Variant(int32_t{7})},
-        {"es-ES", "Format", {Variant(1234.5), Variant(std::string("Standard"))}, Variant(std::string("1.234,50"))},
-    };
-    for (const auto& c : cases) {
-        RegionalScope scope(Regional::byName(c.locale));
-        Args a = c.args;
-        EXPECT_EQ(call(rtObj, c.fn, a), c.expected) << c.fn << " under " << c.locale;
-    }
-    Args overflow{Variant(int32_t{70000})};
-    EXPECT_EQ(errorOf([&] { call(rtObj, "CInt", overflow); }), err::Overflow);
 }
 
 }  // namespace
