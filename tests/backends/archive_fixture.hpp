@@ -1,13 +1,18 @@
 #pragma once
 // A fresh archive file per test, and a row sink that keeps what it is given.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "backends/engine.hpp"
+#include "sql/catalog.hpp"
 
 namespace hist::testing {
 
@@ -72,6 +77,37 @@ inline CollectSink run(backend::Session& s, std::string_view sql) {
     CollectSink sink;
     s.query(sql, sink);
     return sink;
+}
+
+using Rows = std::vector<std::vector<std::string>>;
+
+// A test on a fresh archive with a session open on it.
+class ArchiveTest : public ::testing::Test {
+protected:
+    Rows rows(std::string_view sql) { return run(*s, sql).rows; }
+    TempArchive archive;
+    std::unique_ptr<backend::Session> s = backend::openSession(archive.source());
+};
+
+// What a plain connection to the file, behind the library's back, runs and reads:
+// every value read followed by a line break.
+inline std::string rawExec(const std::string& path, const char* sql) {
+    std::string out;
+    sqlite3* raw = nullptr;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &raw), SQLITE_OK);
+    // The text columns name the engine's collation; byte order stands in for it here.
+    sqlite3_create_collation(raw, sql::kTextCollation, SQLITE_UTF8, nullptr,
+                             [](void*, int na, const void* a, int nb, const void* b) {
+                                 const int c = std::memcmp(a, b, static_cast<size_t>(std::min(na, nb)));
+                                 return c ? c : na - nb;
+                             });
+    auto keep = [](void* o, int n, char** v, char**) {
+        for (int i = 0; i < n; ++i) *static_cast<std::string*>(o) += std::string(v[i] ? v[i] : "NULL") + "\n";
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(raw, sql, keep, &out, nullptr), SQLITE_OK) << sql << ": " << sqlite3_errmsg(raw);
+    sqlite3_close(raw);
+    return out;
 }
 
 }  // namespace hist::testing

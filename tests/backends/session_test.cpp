@@ -13,9 +13,9 @@ namespace {
 using backend::Cell;
 using backend::FieldType;
 using backend::StatementKind;
-using testing::CollectSink;
+using testing::Rows;
 using testing::run;
-using testing::TempArchive;
+using SqliteSession = testing::ArchiveTest;
 
 long errorNumber(const std::function<void()>& f, std::string* description = nullptr) {
     try {
@@ -28,11 +28,9 @@ long errorNumber(const std::function<void()>& f, std::string* description = null
     return 0;
 }
 
-TEST(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
+TEST_F(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
     sqlite3* raw = nullptr;
-    ASSERT_EQ(sqlite3_open(a.path().c_str(), &raw), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open(archive.path().c_str(), &raw), SQLITE_OK);
     for (const auto& t : sql::catalog().tables()) {
         for (const auto& c : t.columns) {
             const char* decl = nullptr;
@@ -49,103 +47,73 @@ TEST(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
             }
         }
     }
-    sqlite3_stmt* st = nullptr;
-    ASSERT_EQ(sqlite3_prepare_v2(raw, "PRAGMA journal_mode", -1, &st, nullptr), SQLITE_OK);
-    ASSERT_EQ(sqlite3_step(st), SQLITE_ROW);
-    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)), "wal");
-    sqlite3_finalize(st);
     sqlite3_close(raw);
+    EXPECT_EQ(testing::rawExec(archive.path(), "PRAGMA journal_mode"), "wal\n");
     // Reopening an existing archive keeps its rows.
     s->execute("INSERT INTO Articulos (Codigo, Recargo) VALUES ('A1', 2.5)");
-    s.reset();
-    auto again = backend::openSession(a.source());
-    EXPECT_EQ(run(*again, "SELECT Recargo FROM Articulos WHERE Codigo = 'a1'").rows.size(), 1u);
+    s = backend::openSession(archive.source());
+    EXPECT_EQ(rows("SELECT Recargo FROM Articulos WHERE Codigo = 'a1'"), (Rows{{"2.5", "1"}}));
 }
 
-TEST(SqliteSession, DefaultsAndStoredFormsOfBoundValues) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
-    // Bound values take the stored form of the type given for them.
-    std::vector<Variant> vals{Variant::lng(7), Variant::date(37653.4375), Variant(true), Variant(12.5),
-                              Variant("Fábrica")};
-    std::vector<FieldType> types{FieldType::Integer, FieldType::Date, FieldType::Boolean, FieldType::Double,
-                                 FieldType::VarWChar};
+TEST_F(SqliteSession, DefaultsAndStoredFormsOfBoundValues) {
+    // Bound values take the stored form of the type given for them; Facturado and yes/no default to 0.
+    const Variant vals[] = {Variant::lng(7), Variant::date(37653.4375), Variant(true), Variant(12.5), Variant("Fábrica")};
+    const FieldType types[] = {FieldType::Integer, FieldType::Date, FieldType::Boolean, FieldType::Double,
+                               FieldType::VarWChar};
     EXPECT_EQ(s->execute("INSERT INTO HOrdenes (Numero, Fecha, Repeticion, Base, Descripcion) VALUES (?, ?, ?, ?, ?)",
                          vals, types),
               1);
     EXPECT_GT(s->lastInsertRowId(), 0);
-    auto r = run(*s, "SELECT Numero, Fecha, Repeticion, Base, descripcion, Facturado, Imagenes FROM HOrdenes");
-    ASSERT_EQ(r.rows.size(), 1u);
-    EXPECT_EQ(r.rows[0][0], "7");
-    EXPECT_EQ(r.rows[0][1], "2003-02-01 10:30:00");
-    EXPECT_EQ(r.rows[0][2], "-1");
-    EXPECT_EQ(r.rows[0][3], "12.5");
-    EXPECT_EQ(r.rows[0][4], "Fábrica");
-    EXPECT_EQ(r.rows[0][5], "0") << "Facturado defaults to 0";
-    EXPECT_EQ(r.rows[0][6], "0") << "yes/no defaults to false";
+    EXPECT_EQ(rows("SELECT Numero, Fecha, Repeticion, Base, descripcion, Facturado, Imagenes FROM HOrdenes"),
+              (Rows{{"7", "2003-02-01 10:30:00", "-1", "12.5", "Fábrica", "0", "0", "1"}}));
     // A time alone is stored on 1899-12-30; text is read by the regional settings.
-    std::vector<Variant> t{Variant::date(0.4375), Variant("01/02/2003")};
-    std::vector<FieldType> tt{FieldType::Date, FieldType::Date};
-    s->execute("UPDATE HOrdenes SET Hora_Entrega = ?, Fecha_Entrega = ?", t, tt);
-    auto r2 = run(*s, "SELECT Hora_Entrega, Fecha_Entrega FROM HOrdenes");
-    EXPECT_EQ(r2.rows[0][0], "1899-12-30 10:30:00");
-    EXPECT_EQ(r2.rows[0][1], "2003-02-01 00:00:00");
-    std::vector<Variant> bad{Variant("no es un número")};
-    std::vector<FieldType> bt{FieldType::Double};
-    EXPECT_EQ(errorNumber([&] { s->execute("UPDATE HOrdenes SET Base = ?", bad, bt); }), err::SqlTypeMismatch);
+    const Variant times[] = {Variant::date(0.4375), Variant("01/02/2003")};
+    const FieldType dates[] = {FieldType::Date, FieldType::Date};
+    s->execute("UPDATE HOrdenes SET Hora_Entrega = ?, Fecha_Entrega = ?", times, dates);
+    EXPECT_EQ(rows("SELECT Hora_Entrega, Fecha_Entrega FROM HOrdenes"),
+              (Rows{{"1899-12-30 10:30:00", "2003-02-01 00:00:00", "1"}}));
+    const Variant bad[] = {Variant("no es un número")};
+    const FieldType real[] = {FieldType::Double};
+    EXPECT_EQ(errorNumber([&] { s->execute("UPDATE HOrdenes SET Base = ?", bad, real); }), err::SqlTypeMismatch);
 }
 
-TEST(SqliteSession, ColumnMetadataFollowsTheSelectList) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
-    s->execute("INSERT INTO HFacturas (Numero, Serie, Base, Doc_F) VALUES (5, 'A', 10, 0)");
-    auto r = run(*s, "SELECT Numero AS Factura, Estado, Doc_f as Factura, total, BASE FROM HFacturas");
-    ASSERT_EQ(r.cols.size(), 6u) << "five shown columns and the row identity";
-    EXPECT_EQ(r.cols[0].name, "Factura");
-    EXPECT_EQ(r.cols[0].baseTable, "HFacturas");
-    EXPECT_EQ(r.cols[0].baseColumn, "Numero");
-    EXPECT_EQ(r.cols[0].type, FieldType::Integer);
-    EXPECT_EQ(r.cols[0].precision, 10);
-    EXPECT_EQ(r.cols[0].definedSize, 4);
-    EXPECT_EQ(r.cols[1].type, FieldType::SmallInt);
-    EXPECT_EQ(r.cols[2].name, "Factura") << "a repeated alias stays a second column";
-    EXPECT_EQ(r.cols[3].name, "Total") << "a bare column reports its declared spelling";
-    EXPECT_EQ(r.cols[4].name, "Base");
-    EXPECT_EQ(r.cols[4].type, FieldType::Double);
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_TRUE(r.cols[i].updatable) << i;
-        EXPECT_FALSE(r.cols[i].hiddenRowId) << i;
-    }
-    EXPECT_TRUE(r.cols[5].hiddenRowId);
-    EXPECT_EQ(r.cols[5].baseTable, "HFacturas");
-    ASSERT_EQ(r.rows.size(), 1u);
-    EXPECT_EQ(r.kinds[0][5], Cell::Kind::Int);
+// A column's metadata in one line: name, base table.column, type/precision/size, and
+// "upd" when it can be written back; the hidden row identity as "rowid" and its table.
+std::vector<std::string> described(const testing::CollectSink& r) {
+    std::vector<std::string> out;
+    for (const auto& c : r.cols)
+        out.push_back(c.hiddenRowId ? "rowid " + c.baseTable
+                                    : c.name + " " + c.baseTable + "." + c.baseColumn + " " +
+                                          std::to_string(static_cast<int>(c.type)) + "/" + std::to_string(c.precision) +
+                                          "/" + std::to_string(c.definedSize) + (c.updatable ? " upd" : ""));
+    return out;
+}
 
+TEST_F(SqliteSession, ColumnMetadataFollowsTheSelectList) {
+    s->execute("INSERT INTO HFacturas (Numero, Serie, Base, Doc_F) VALUES (5, 'A', 10, 0)");
+    // A repeated alias stays a second column; a bare column reports its declared spelling.
+    auto r = run(*s, "SELECT Numero AS Factura, Estado, Doc_f as Factura, total, BASE FROM HFacturas");
+    EXPECT_EQ(described(r), (std::vector<std::string>{"Factura HFacturas.Numero 3/10/4 upd",
+                                                      "Estado HFacturas.Estado 2/5/2 upd",
+                                                      "Factura HFacturas.Doc_F 3/10/4 upd",
+                                                      "Total HFacturas.Total 5/15/8 upd",
+                                                      "Base HFacturas.Base 5/15/8 upd", "rowid HFacturas"}));
+    ASSERT_EQ(r.kinds.size(), 1u);
+    EXPECT_EQ(r.kinds[0][5], Cell::Kind::Int);
     // A computed column takes its type from the column it reads; no row identity.
     auto m = run(*s, "SELECT MAX(ID) AS Nuevo_Codigo FROM Recibos");
-    ASSERT_EQ(m.cols.size(), 1u);
-    EXPECT_EQ(m.cols[0].name, "Nuevo_Codigo");
-    EXPECT_EQ(m.cols[0].type, FieldType::Integer);
-    EXPECT_EQ(m.cols[0].definedSize, 4);
-    EXPECT_TRUE(m.cols[0].baseTable.empty());
-    EXPECT_FALSE(m.cols[0].updatable);
-    ASSERT_EQ(m.rows.size(), 1u);
-    EXPECT_EQ(m.rows[0][0], "NULL");
-    auto d = run(*s, "SELECT MAX(Declaracion) FROM HOrdenes_Declaraciones Where Codigo = 3");
-    EXPECT_EQ(d.cols[0].type, FieldType::Double);
-
-    // Grouped, distinct and aliased-table selections.
-    EXPECT_EQ(run(*s, "SELECT DISTINCT Serie FROM HFacturas").cols.size(), 1u);
-    EXPECT_FALSE(run(*s, "SELECT DISTINCT Serie FROM HFacturas").cols[0].updatable);
-    auto al = run(*s, "SELECT f.Numero FROM HFacturas f WHERE f.Numero = 5");
-    ASSERT_EQ(al.cols.size(), 2u);
-    EXPECT_TRUE(al.cols[1].hiddenRowId);
-    EXPECT_TRUE(al.cols[0].updatable);
+    EXPECT_EQ(described(m), std::vector<std::string>{"Nuevo_Codigo . 3/10/4"});
+    EXPECT_EQ(m.rows, (Rows{{"NULL"}}));
+    EXPECT_EQ(described(run(*s, "SELECT MAX(Declaracion) FROM HOrdenes_Declaraciones Where Codigo = 3")),
+              std::vector<std::string>{"MAX(Declaracion) . 5/15/8"});
+    // Distinct and aliased-table selections.
+    EXPECT_EQ(described(run(*s, "SELECT DISTINCT Serie FROM HFacturas")),
+              std::vector<std::string>{"Serie HFacturas.Serie 202/255/1"});
+    EXPECT_EQ(described(run(*s, "SELECT f.Numero FROM HFacturas f WHERE f.Numero = 5")),
+              (std::vector<std::string>{"Numero HFacturas.Numero 3/10/4 upd", "rowid HFacturas"}));
 }
 
-TEST(SqliteSession, TextComparesWithoutCaseAcrossUnicode) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
+TEST_F(SqliteSession, TextComparesWithoutCaseAcrossUnicode) {
     for (const char* v : {"Élan", "CERRADA", "Fabricación", "c01", "C02", "Ñandú"})
         s->execute(std::string("INSERT INTO HOrdenes_Fases (ID, Descripcion) VALUES (") +
                    std::to_string(s->lastInsertRowId() + 1) + ", '" + v + "')");
@@ -170,100 +138,65 @@ TEST(SqliteSession, TextComparesWithoutCaseAcrossUnicode) {
         {"ID Like '1'", 1},  // Like on a number column compares its text
     };
     for (const auto& c : cases)
-        EXPECT_EQ(run(*s, std::string("SELECT ID FROM HOrdenes_Fases WHERE ") + c.where).rows.size(), c.rows)
-            << c.where;
-    auto sorted = run(*s, "SELECT Descripcion FROM HOrdenes_Fases ORDER BY Descripcion");
-    ASSERT_EQ(sorted.rows.size(), 6u);
-    EXPECT_EQ(sorted.rows[0][0], "c01");
-    EXPECT_EQ(sorted.rows[1][0], "C02");
+        EXPECT_EQ(rows(std::string("SELECT ID FROM HOrdenes_Fases WHERE ") + c.where).size(), c.rows) << c.where;
+    auto sorted = rows("SELECT Descripcion FROM HOrdenes_Fases ORDER BY Descripcion");
+    ASSERT_EQ(sorted.size(), 6u);
+    EXPECT_EQ(sorted[0][0] + " " + sorted[1][0], "c01 C02");
 }
 
-TEST(SqliteSession, CurrencyRoundingFunction) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
-    s->execute("INSERT INTO HOrdenes (Numero, Base, Gastos) VALUES (1, 166386, NULL)");
-    s->execute("INSERT INTO HOrdenes (Numero, Base) VALUES (2, 445.08255)");
-    s->execute("INSERT INTO HOrdenes (Numero, Base) VALUES (3, -20.79825)");
-    s->execute("UPDATE HOrdenes SET Base = jet_currency(Base/166.386, 2), Gastos = jet_currency(Gastos/166.386, 2)");
-    auto r = run(*s, "SELECT Base, Gastos FROM HOrdenes ORDER BY Numero");
-    EXPECT_EQ(r.rows[0][0], "1000");
-    EXPECT_EQ(r.rows[0][1], "NULL");
-    EXPECT_EQ(r.rows[1][0], "2.68");
-    EXPECT_EQ(r.rows[2][0], "-0.13");
-}
-
-TEST(SqliteSession, NestedTransactions) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
+TEST_F(SqliteSession, NestedTransactions) {
+    auto add = [&](const char* code) { s->execute(std::string("INSERT INTO Articulos (Codigo) VALUES ('") + code + "')"); };
     EXPECT_EQ(s->begin(), 1);
-    s->execute("INSERT INTO Articulos (Codigo) VALUES ('A')");
+    add("A");
     EXPECT_EQ(s->begin(), 2);
-    s->execute("INSERT INTO Articulos (Codigo) VALUES ('B')");
+    add("B");
     s->rollback();  // only B
     EXPECT_EQ(s->begin(), 2);
-    s->execute("INSERT INTO Articulos (Codigo) VALUES ('C')");
+    add("C");
     s->commit();
     EXPECT_EQ(s->depth(), 1);
-    EXPECT_EQ(run(*s, "SELECT Codigo FROM Articulos ORDER BY Codigo").rows,
-              (std::vector<std::vector<std::string>>{{"A", "1"}, {"C", "2"}}));
+    EXPECT_EQ(rows("SELECT Codigo FROM Articulos ORDER BY Codigo"), (Rows{{"A", "1"}, {"C", "2"}}));
     s->rollback();
     EXPECT_EQ(s->depth(), 0);
-    EXPECT_TRUE(run(*s, "SELECT Codigo FROM Articulos").rows.empty());
+    EXPECT_TRUE(rows("SELECT Codigo FROM Articulos").empty());
     s->begin();
-    s->execute("INSERT INTO Articulos (Codigo) VALUES ('D')");
+    add("D");
     s->commit();
-    EXPECT_EQ(run(*s, "SELECT Codigo FROM Articulos").rows.size(), 1u);
+    EXPECT_EQ(rows("SELECT Codigo FROM Articulos").size(), 1u);
     EXPECT_NE(errorNumber([&] { s->commit(); }), 0);
 }
 
-TEST(SqliteSession, WriterWaitsTheBusyTimeoutThenFailsLocked) {
-    TempArchive a;
-    auto one = backend::openSession(a.source());
-    auto two = backend::openSession(a.source(100));
-    one->begin();
-    one->execute("INSERT INTO Articulos (Codigo) VALUES ('A')");
+// While one session holds a write transaction, a member opening its own session must
+// be able to read (opening a complete archive writes nothing): it sees the last
+// committed state, and its writes wait the busy timeout, then fail locked.
+TEST_F(SqliteSession, ASecondSessionOpensAndReadsBesideAWriterButCannotWrite) {
+    s->begin();
+    s->execute("INSERT INTO Articulos (Codigo) VALUES ('A')");
+    std::unique_ptr<backend::Session> two;
+    EXPECT_EQ(errorNumber([&] { two = backend::openSession(archive.source(100)); }), 0);
+    ASSERT_TRUE(two);
+    EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
     std::string desc;
     EXPECT_EQ(errorNumber([&] { two->execute("INSERT INTO Articulos (Codigo) VALUES ('B')"); }, &desc),
               err::SqlLocked);
     EXPECT_EQ(desc, "Could not update; currently locked.");
-    // Readers still see the last committed state.
-    EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
-    one->commit();
+    s->commit();
     two->execute("INSERT INTO Articulos (Codigo) VALUES ('B')");
-    EXPECT_EQ(run(*one, "SELECT Codigo FROM Articulos").rows.size(), 2u);
+    EXPECT_EQ(rows("SELECT Codigo FROM Articulos").size(), 2u);
 }
 
-TEST(SqliteSession, OpeningAnArchiveNeedsNoWriteLock) {
-    // A member that opens its own connection while the host holds a transaction on
-    // another one must be able to read: opening a complete archive writes nothing.
-    TempArchive a;
-    auto one = backend::openSession(a.source());
-    one->begin();
-    one->execute("INSERT INTO Articulos (Codigo) VALUES ('A')");
-    std::unique_ptr<backend::Session> two;
-    EXPECT_EQ(errorNumber([&] { two = backend::openSession(a.source(100)); }), 0);
-    ASSERT_TRUE(two);
-    EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
-    one->rollback();
-}
-
-TEST(SqliteSession, AFileThatIsNotAnArchiveIsNamedAndLeftAlone) {
-    TempArchive a;
-    {
-        std::ofstream f(a.path(), std::ios::binary);
-        f << "Presupuesto del laboratorio, no una base de datos.\n";
-    }
+TEST(SqliteSessionFile, AFileThatIsNotAnArchiveIsNamedAndLeftAlone) {
+    testing::TempArchive a;
+    const std::string text = "Presupuesto del laboratorio, no una base de datos.\n";
+    std::ofstream(a.path(), std::ios::binary) << text;
     std::string desc;
     EXPECT_NE(errorNumber([&] { backend::openSession(a.source()); }, &desc), 0);
     EXPECT_NE(desc.find("'" + a.path() + "' is not an archive"), std::string::npos) << desc;
     std::ifstream back(a.path(), std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(back)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(text, "Presupuesto del laboratorio, no una base de datos.\n");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), std::istreambuf_iterator<char>()), text);
 }
 
-TEST(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
-    TempArchive a;
-    auto s = backend::openSession(a.source());
+TEST_F(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
     s->execute("INSERT INTO HFacturas (Numero) VALUES (1)");
     struct Case {
         const char* sql;
@@ -285,12 +218,8 @@ TEST(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
     };
     for (const auto& c : cases) {
         std::string desc;
-        long n = errorNumber(
-            [&] {
-                if (c.kind == StatementKind::Read) run(*s, c.sql);
-                else s->execute(c.sql);
-            },
-            &desc);
+        const long n = errorNumber([&] { c.kind == StatementKind::Read ? (void)run(*s, c.sql) : (void)s->execute(c.sql); },
+                                   &desc);
         EXPECT_EQ(n, c.number) << c.sql;
         EXPECT_TRUE(desc.starts_with(c.starts)) << c.sql << " -> " << desc;
     }
