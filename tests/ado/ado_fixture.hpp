@@ -1,16 +1,16 @@
 #pragma once
 // Recordsets on rows the test writes itself, and fresh archive files.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "ado/recordset.hpp"
+#include "backends/archive_fixture.hpp"
 #include "platform/error.hpp"
 
 namespace hist::testing {
@@ -23,16 +23,15 @@ struct ColumnDef {
 // A cell as a test writes it: nothing (Null), an integer, a real or a text.
 using CellInit = std::variant<std::monostate, long long, double, std::string>;
 
+// Opens `rs` (a new recordset by default) on the rows given.
 inline std::shared_ptr<ado::Recordset> fabricate(const std::vector<ColumnDef>& defs,
-                                                 const std::vector<std::vector<CellInit>>& rows) {
-    auto rs = std::make_shared<ado::Recordset>();
+                                                 const std::vector<std::vector<CellInit>>& rows,
+                                                 std::shared_ptr<ado::Recordset> rs = std::make_shared<ado::Recordset>()) {
     rs->OpenRows([&](backend::RowSink& sink) {
-        std::vector<backend::ColumnMeta> cols;
-        for (const auto& d : defs) {
-            backend::ColumnMeta m;
-            m.name = d.name;
-            m.type = d.type;
-            cols.push_back(m);
+        std::vector<backend::ColumnMeta> cols(defs.size());
+        for (std::size_t k = 0; k < defs.size(); ++k) {
+            cols[k].name = defs[k].name;
+            cols[k].type = defs[k].type;
         }
         sink.columns(cols);
         for (const auto& r : rows) {
@@ -66,26 +65,11 @@ inline long errorOf(const std::function<void()>& f, std::string* description = n
     return 0;
 }
 
-class TempArchive {
-public:
-    TempArchive() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "hist-ado-XXXXXX").string();
-        dir_ = mkdtemp(tmpl.data());
-        path_ = (std::filesystem::path(dir_) / "archivo.db").string();
-    }
-    ~TempArchive() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir_, ec);
-    }
-    backend::DataSource source(int busyMs = 2000) const {
-        backend::DataSource ds;
-        ds.path = path_;
-        ds.busyTimeoutMs = busyMs;
-        return ds;
-    }
-
-private:
-    std::string dir_, path_;
-};
+// The error numbers of several calls, in order.
+inline std::vector<long> errorsOf(std::initializer_list<std::function<void()>> calls) {
+    std::vector<long> out;
+    for (const auto& f : calls) out.push_back(errorOf(f));
+    return out;
+}
 
 }  // namespace hist::testing

@@ -9,7 +9,10 @@ namespace {
 
 using backend::FieldType;
 using testing::errorOf;
+using testing::errorsOf;
 using testing::fabricate;
+
+constexpr long kNoRow = err::NoCurrentRecord;
 
 std::shared_ptr<ado::Recordset> names(int n) {
     std::vector<std::vector<testing::CellInit>> rows;
@@ -20,83 +23,74 @@ std::shared_ptr<ado::Recordset> names(int n) {
 
 long id(ado::Recordset& rs) { return rs.value("Id").asLong(); }
 
+// Where the cursor stands, as "current@AbsolutePosition/RecordCount": the current row's
+// Id, "new" or "deleted" for such a row, "BOF" and/or "EOF" off the rows.
+std::string at(ado::Recordset& rs) {
+    std::string where;
+    if (rs.Bof() || rs.Eof()) where = rs.Bof() ? (rs.Eof() ? "BOF EOF" : "BOF") : "EOF";
+    else if (rs.EditMode() == 4) where = "deleted";
+    else if (rs.EditMode() == 2) where = "new";
+    else where = std::to_string(id(rs));
+    return where + "@" + std::to_string(rs.AbsolutePosition()) + "/" + std::to_string(rs.RecordCount());
+}
+
+// Applies moves (F first, L last, N next, P previous) and lists where each leaves the
+// cursor, or "!" and the number of the error it raises.
+std::string walk(ado::Recordset& rs, std::string_view moves) {
+    std::string out;
+    for (char m : moves) {
+        const long e = errorOf([&] {
+            if (m == 'F') rs.MoveFirst();
+            else if (m == 'L') rs.MoveLast();
+            else if (m == 'N') rs.MoveNext();
+            else rs.MovePrevious();
+        });
+        out += (out.empty() ? "" : " ") + (e ? "!" + std::to_string(e) : at(rs));
+    }
+    return out;
+}
+
 TEST(Cursor, EmptySetHasNoCurrentRowAndRefusesEveryMove) {
     auto rs = names(0);
-    EXPECT_TRUE(rs->Bof());
-    EXPECT_TRUE(rs->Eof());
-    EXPECT_EQ(rs->RecordCount(), 0);
-    EXPECT_EQ(rs->AbsolutePosition(), -1);
-    for (auto move : {&ado::Recordset::MoveFirst, &ado::Recordset::MoveLast, &ado::Recordset::MoveNext,
-                      &ado::Recordset::MovePrevious})
-        EXPECT_EQ(errorOf([&] { ((*rs).*move)(); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->Bookmark(); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->EditMode(); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->setValue("Id", 1); }), err::NoCurrentRecord);
+    EXPECT_EQ(at(*rs), "BOF EOF@-1/0");
+    EXPECT_EQ(walk(*rs, "FLNP"), "!3021 !3021 !3021 !3021");
+    EXPECT_EQ(errorsOf({[&] { rs->Bookmark(); }, [&] { rs->EditMode(); }, [&] { rs->value("Id"); },
+                        [&] { rs->setValue("Id", 1); }}),
+              std::vector<long>(4, kNoRow));
     EXPECT_EQ(rs->Fields()->Count(), 2);  // the columns are there without rows
 }
 
 TEST(Cursor, OneRowWalksOffBothEnds) {
     auto rs = names(1);
-    EXPECT_FALSE(rs->Bof());
-    EXPECT_FALSE(rs->Eof());
-    EXPECT_EQ(rs->AbsolutePosition(), 1);
-    rs->MoveNext();
-    EXPECT_TRUE(rs->Eof());
-    EXPECT_FALSE(rs->Bof());
-    EXPECT_EQ(rs->AbsolutePosition(), -3);
-    EXPECT_EQ(errorOf([&] { rs->MoveNext(); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
-    rs->MovePrevious();  // from EOF to the last row
-    EXPECT_EQ(id(*rs), 1);
-    rs->MovePrevious();
-    EXPECT_TRUE(rs->Bof());
-    EXPECT_FALSE(rs->Eof());
-    EXPECT_EQ(rs->AbsolutePosition(), -2);
-    EXPECT_EQ(errorOf([&] { rs->MovePrevious(); }), err::NoCurrentRecord);
-    rs->MoveNext();  // from BOF to the first row
-    EXPECT_EQ(id(*rs), 1);
-    rs->MoveNext();
-    rs->MoveLast();
-    EXPECT_EQ(id(*rs), 1);
+    EXPECT_EQ(at(*rs), "1@1/1");
+    EXPECT_EQ(walk(*rs, "NN"), "EOF@-3/1 !3021");
+    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), kNoRow);
+    // From EOF to the last row, from BOF to the first.
+    EXPECT_EQ(walk(*rs, "PPPNNL"), "1@1/1 BOF@-2/1 !3021 1@1/1 EOF@-3/1 1@1/1");
 }
 
 TEST(Cursor, FilterRenumbersAndCountsFollowAddAndDelete) {
     auto rs = names(6);
-    EXPECT_EQ(rs->RecordCount(), 6);
+    EXPECT_EQ(at(*rs), "1@1/6");
     rs->SetFilter(Variant("Id > 2 And Id <= 5"));
-    EXPECT_EQ(rs->RecordCount(), 3);
-    EXPECT_EQ(rs->AbsolutePosition(), 1);
-    EXPECT_EQ(id(*rs), 3);
-    rs->MoveLast();
-    EXPECT_EQ(rs->AbsolutePosition(), 3);
+    EXPECT_EQ(at(*rs), "3@1/3");
+    EXPECT_EQ(walk(*rs, "L"), "5@3/3");
 
     rs->AddNew();  // counted at once, appended at the end of the view
-    EXPECT_EQ(rs->RecordCount(), 4);
-    EXPECT_EQ(rs->AbsolutePosition(), 4);
-    EXPECT_EQ(rs->EditMode(), 2);
+    EXPECT_EQ(at(*rs), "new@4/4");
     EXPECT_TRUE(rs->value("Id").isEmpty());
 
     rs->MoveFirst();
-    rs->Delete(1);
-    EXPECT_EQ(rs->RecordCount(), 3);
-    EXPECT_EQ(rs->EditMode(), 4);
-    EXPECT_FALSE(rs->Bof());
-    EXPECT_FALSE(rs->Eof());
-    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
-    EXPECT_EQ(errorOf([&] { rs->Bookmark(); }), err::NoCurrentRecord);
-    rs->MoveNext();  // the row after the deleted one
-    EXPECT_EQ(id(*rs), 4);
-    EXPECT_EQ(rs->AbsolutePosition(), 1);
+    rs->Delete(1);  // neither BOF nor EOF, but no row to read and no position
+    EXPECT_EQ(at(*rs), "deleted@-1/3");
+    EXPECT_EQ(errorsOf({[&] { rs->value("Id"); }, [&] { rs->Bookmark(); }}), (std::vector<long>{kNoRow, kNoRow}));
+    EXPECT_EQ(walk(*rs, "N"), "4@1/3");  // the row after the deleted one
 
     rs->SetFilter(Variant(""));  // lifted: every live row, cursor on the first
-    EXPECT_EQ(rs->RecordCount(), 6);
-    EXPECT_EQ(id(*rs), 1);
+    EXPECT_EQ(at(*rs), "1@1/6");
     EXPECT_EQ(rs->Filter(), Variant(static_cast<int32_t>(0)));
-
     rs->SetFilter(Variant("Id > 100"));
-    EXPECT_TRUE(rs->Bof() && rs->Eof());
-    EXPECT_EQ(rs->RecordCount(), 0);
+    EXPECT_EQ(at(*rs), "BOF EOF@-1/0");
 }
 
 TEST(Cursor, DeletingEveryRowLeavesAnEmptySetAfterTheNextMove) {
@@ -104,12 +98,8 @@ TEST(Cursor, DeletingEveryRowLeavesAnEmptySetAfterTheNextMove) {
     rs->Delete(1);
     rs->MoveNext();
     rs->Delete(1);
-    EXPECT_FALSE(rs->Bof());
-    EXPECT_FALSE(rs->Eof());
-    rs->MoveNext();
-    EXPECT_TRUE(rs->Bof() && rs->Eof());
-    EXPECT_EQ(rs->RecordCount(), 0);
-    EXPECT_EQ(errorOf([&] { rs->MoveFirst(); }), err::NoCurrentRecord);
+    EXPECT_EQ(at(*rs), "deleted@-1/0");
+    EXPECT_EQ(walk(*rs, "NF"), "BOF EOF@-1/0 !3021");
     EXPECT_EQ(errorOf([&] { rs->Delete(2); }), err::BadArgument);
 }
 
@@ -125,13 +115,8 @@ TEST(Cursor, BookmarksSurviveSortAndFilterAndRefuseWhatNamesNoRow) {
     rs->MoveFirst();
     rs->SetBookmark(Variant(third));
     EXPECT_EQ(id(*rs), 3);
-
-    struct Bad {
-        Variant v;
-        long number;
-    } bad[] = {{Variant(), err::BadArgument}, {Variant::null(), err::BadArgument},
-               {Variant(99.0), err::BadArgument}, {Variant(2.5), err::BadArgument}, {Variant("x"), err::BadArgument}};
-    for (const auto& b : bad) EXPECT_EQ(errorOf([&] { rs->SetBookmark(b.v); }), b.number);
+    for (const Variant& bad : {Variant(), Variant::null(), Variant(99.0), Variant(2.5), Variant("x")})
+        EXPECT_EQ(errorOf([&] { rs->SetBookmark(bad); }), err::BadArgument);
     EXPECT_EQ(id(*rs), 3);  // a refused bookmark does not move
 
     rs->SetFilter(Variant("Id <> 5"));
@@ -145,9 +130,8 @@ TEST(Cursor, ClonesShareRowsAndBookmarksButNotPositionOrFilter) {
     rs->SetFilter(Variant("Id >= 3"));
     rs->MoveLast();
     auto c = rs->Clone();
-    EXPECT_EQ(c->RecordCount(), 4);  // the filter is not carried over
+    EXPECT_EQ(at(*c), "1@1/4");  // no filter carried over; on its first row
     EXPECT_EQ(c->Filter(), Variant(static_cast<int32_t>(0)));
-    EXPECT_EQ(id(*c), 1);            // starts on its first row
     c->SetBookmark(Variant(rs->Bookmark()));
     EXPECT_EQ(id(*c), 4);
 
@@ -159,17 +143,13 @@ TEST(Cursor, ClonesShareRowsAndBookmarksButNotPositionOrFilter) {
     c->MoveFirst();
     c->Delete(1);  // a deletion through the clone leaves the original's view
     rs->SetFilter(Variant(""));
-    EXPECT_EQ(rs->RecordCount(), 3);
-    EXPECT_EQ(id(*rs), 2);
-
+    EXPECT_EQ(at(*rs), "2@1/3");
     rs->AddNew();  // an addition through the original reaches the clone
     EXPECT_EQ(c->RecordCount(), 4);
 
     auto ro = rs->Clone(1);
-    EXPECT_EQ(errorOf([&] { ro->setValue("Nombre", "x"); }), err::NotCapable);
-    EXPECT_EQ(errorOf([&] { ro->AddNew(); }), err::NotCapable);
-    EXPECT_EQ(errorOf([&] { rs->Clone(4); }), err::BadArgument);
-
+    EXPECT_EQ(errorsOf({[&] { ro->setValue("Nombre", "x"); }, [&] { ro->AddNew(); }, [&] { rs->Clone(4); }}),
+              (std::vector<long>{err::NotCapable, err::NotCapable, err::BadArgument}));
     rs->Close();  // closing the original leaves the clone open
     EXPECT_EQ(c->State(), 1);
     EXPECT_EQ(c->RecordCount(), 4);
@@ -181,14 +161,11 @@ TEST(Cursor, ACurrentRowDeletedThroughACloneIsGoneHereToo) {
     auto c = rs->Clone();
     c->SetBookmark(Variant(rs->Bookmark()));
     c->Delete(1);
-    EXPECT_EQ(rs->EditMode(), 4);
-    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), err::NoCurrentRecord);
-    EXPECT_EQ(rs->RecordCount(), 3);
-    rs->MoveNext();
-    EXPECT_EQ(id(*rs), 3);
+    EXPECT_EQ(at(*rs), "deleted@-1/3");
+    EXPECT_EQ(errorOf([&] { rs->value("Id"); }), kNoRow);
+    EXPECT_EQ(walk(*rs, "N"), "3@2/3");
     c->CancelBatch(3);  // undone through the clone: back in every view
-    EXPECT_EQ(rs->RecordCount(), 4);
-    EXPECT_EQ(id(*rs), 3);
+    EXPECT_EQ(at(*rs), "3@3/4");
 }
 
 TEST(Editing, BatchUpdateKeepsTheEditModeAndCancelUpdateUndoes) {
@@ -207,7 +184,7 @@ TEST(Editing, BatchUpdateKeepsTheEditModeAndCancelUpdateUndoes) {
 
     rs->MoveLast();
     rs->CancelUpdate();  // drops the row being added; the row before AddNew is current
-    EXPECT_EQ(rs->RecordCount(), 4);
+    EXPECT_EQ(at(*rs), "new@4/4");
     EXPECT_EQ(id(*rs), 10);
 
     rs->MoveFirst();
@@ -220,8 +197,7 @@ TEST(Editing, BatchUpdateKeepsTheEditModeAndCancelUpdateUndoes) {
 
     rs->Delete(1);
     rs->CancelBatch(3);  // everything pending goes: the deletion and the added row
-    EXPECT_EQ(rs->RecordCount(), 3);
-    EXPECT_EQ(id(*rs), 1);
+    EXPECT_EQ(at(*rs), "1@1/3");
     EXPECT_EQ(rs->EditMode(), 0);
 }
 
@@ -247,10 +223,7 @@ TEST(Events, MoveCompleteOnEveryOperationThatSetsTheCurrentRow) {
     auto rs = names(4);
     auto rec = std::make_shared<Recorder>();
     rs->subscribe(rec);
-    rs->MoveNext();
-    rs->MoveLast();
-    rs->MovePrevious();
-    rs->MoveFirst();
+    walk(*rs, "NLPF");
     rs->SetFilter(Variant("Id > 1"));
     rs->SetSort("Id DESC");
     rs->SetBookmark(Variant(2.0));
@@ -263,9 +236,7 @@ TEST(Events, MoveCompleteOnEveryOperationThatSetsTheCurrentRow) {
     EXPECT_EQ(rec->moves, (std::vector<R>{R::MoveNext, R::MoveLast, R::MovePrevious, R::MoveFirst, R::Move, R::Move,
                                           R::Move, R::Move, R::AddNew, R::MoveFirst}));
     EXPECT_EQ(rec->changes, (std::vector<R>{R::AddNew, R::FirstChange}));
-    auto clone = rs->Clone();
-    clone->MoveNext();  // a clone does not raise the original's events
-    EXPECT_EQ(rec->moves.size(), 10u);
+    rs->Clone()->MoveNext();  // a clone does not raise the original's events
     rs->unsubscribe(rec.get());
     rs->MoveNext();
     EXPECT_EQ(rec->moves.size(), 10u);
@@ -274,14 +245,12 @@ TEST(Events, MoveCompleteOnEveryOperationThatSetsTheCurrentRow) {
 TEST(ClosedRecordset, RefusesUseAndKeepsWhatIsGivenBeforeOpening) {
     auto rs = std::make_shared<ado::Recordset>();
     EXPECT_EQ(rs->State(), 0);
-    EXPECT_EQ(errorOf([&] { rs->Close(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { rs->RecordCount(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { rs->EditMode(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { rs->AddNew(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { rs->Bookmark(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant()); }), err::BadArgument);
-    EXPECT_EQ(errorOf([&] { rs->Open("SELECT 1", nullptr); }), err::InvalidConnection);
-    EXPECT_EQ(errorOf([&] { rs->Open("SELECT 1", std::make_shared<ado::Connection>()); }), err::InvalidConnection);
+    EXPECT_EQ(errorsOf({[&] { rs->Close(); }, [&] { rs->RecordCount(); }, [&] { rs->EditMode(); },
+                        [&] { rs->AddNew(); }, [&] { rs->Bookmark(); }}),
+              std::vector<long>(5, err::ObjectClosed));
+    EXPECT_EQ(errorsOf({[&] { rs->SetFilter(Variant()); }, [&] { rs->Open("SELECT 1", nullptr); },
+                        [&] { rs->Open("SELECT 1", std::make_shared<ado::Connection>()); }}),
+              (std::vector<long>{err::BadArgument, err::InvalidConnection, err::InvalidConnection}));
     EXPECT_EQ(rs->Fields()->Count(), 0);
     EXPECT_FALSE(rs->ActiveConnection());
 
@@ -295,20 +264,8 @@ TEST(ClosedRecordset, RefusesUseAndKeepsWhatIsGivenBeforeOpening) {
     auto later = std::make_shared<ado::Recordset>();
     later->SetFilter(Variant("Id < 3"));
     later->SetSort("Id DESC");
-    later->OpenRows([](backend::RowSink& sink) {
-        backend::ColumnMeta m;
-        m.name = "Id";
-        m.type = FieldType::Integer;
-        sink.columns({m});
-        for (long long i = 1; i <= 4; ++i) {
-            backend::Cell c;
-            c.kind = backend::Cell::Kind::Int;
-            c.i = i;
-            sink.row(std::span<const backend::Cell>(&c, 1));
-        }
-    });
-    EXPECT_EQ(later->RecordCount(), 2);
-    EXPECT_EQ(id(*later), 2);
+    fabricate({{"Id", FieldType::Integer}}, {{1LL}, {2LL}, {3LL}, {4LL}}, later);
+    EXPECT_EQ(at(*later), "2@1/2");
     EXPECT_EQ(errorOf([&] { later->OpenRows([](backend::RowSink&) {}); }), err::ObjectOpen);
 }
 
