@@ -6,6 +6,7 @@
 
 #include "frame/services/config.hpp"
 #include "frame/services/helpers.hpp"
+#include "frame/services/rights.hpp"
 #include "frame/services_testutil.hpp"
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
@@ -13,6 +14,7 @@
 namespace hist::services {
 namespace {
 
+using test::raised;
 using test::ScratchDir;
 
 std::string numeroSql(Variant v, int32_t decimals) {
@@ -28,53 +30,20 @@ TEST(ServicesFormatoNumero, NumeroSqlWritesAPointAndAtMostTheDecimals) {
         const char* text;
     };
     const Case cases[] = {
-        {12.5, 6, "12.5"},
-        {100.0, 6, "100"},
-        {0.0, 6, "0"},
-        {-0.0, 6, "0"},
-        {1.0 / 3.0, 6, "0.333333"},
-        {2.0 / 3.0, 6, "0.666667"},
-        {-2.0 / 3.0, 6, "-0.666667"},
-        {0.125, 2, "0.13"},       // half away from zero, on the number as written
-        {-0.125, 2, "-0.13"},
-        {2.675, 2, "2.68"},
-        {0.5, 0, "1"},
-        {2.5, 0, "3"},
-        {9.9999999, 6, "10"},
-        {999.9996, 3, "1000"},
-        {-999.9996, 3, "-1000"},
-        {1234567.891, 6, "1234567.891"},  // no grouping
+        {12.5, 6, "12.5"}, {100.0, 6, "100"}, {0.0, 6, "0"}, {-0.0, 6, "0"}, {1.0 / 3.0, 6, "0.333333"},
+        {2.0 / 3.0, 6, "0.666667"}, {-2.0 / 3.0, 6, "-0.666667"},
+        {0.125, 2, "0.13"}, {-0.125, 2, "-0.13"}, {2.675, 2, "2.68"},  // half away from zero, on the number as written
+        {0.5, 0, "1"}, {2.5, 0, "3"}, {9.9999999, 6, "10"}, {999.9996, 3, "1000"}, {-999.9996, 3, "-1000"},
+        {1234567.891, 6, "1234567.891"},     // no grouping
         {1e20, 6, "100000000000000000000"},  // no exponent
-        {1e-7, 6, "0"},
-        {-1e-7, 6, "0"},
-        {166.386, 6, "166.386"},
-        {Variant(int16_t{5}), 6, "5"},
-        {Variant(int32_t{-70000}), 6, "-70000"},
+        {1e-7, 6, "0"}, {-1e-7, 6, "0"}, {166.386, 6, "166.386"}, {Variant(int16_t{5}), 6, "5"},
+        {Variant(int32_t{-70000}), 6, "-70000"}, {Variant(true), 6, "-1"},
         {Variant("12,5"), 6, "12.5"},  // a text is read by the regional settings
-        {Variant(true), 6, "-1"},
     };
     for (const Case& c : cases) EXPECT_EQ(numeroSql(c.value, c.decimals), c.text) << c.text;
-}
-
-TEST(ServicesFormatoNumero, NumeroSqlFailures) {
-    struct Case {
-        Variant value;
-        int32_t decimals;
-        long number;
-    };
-    const Case cases[] = {
-        {Variant::null(), 6, err::InvalidUseOfNull},
-        {Variant("doce"), 6, err::TypeMismatch},
-        {1.5, -1, err::InvalidCall},
-    };
-    for (const Case& c : cases) {
-        try {
-            numeroSql(c.value, c.decimals);
-            ADD_FAILURE() << "no failure, expected " << c.number;
-        } catch (const Error& e) {
-            EXPECT_EQ(e.number(), c.number);
-        }
-    }
+    EXPECT_EQ(raised([] { numeroSql(Variant::null(), 6); }).number(), err::InvalidUseOfNull);
+    EXPECT_EQ(raised([] { numeroSql(Variant("doce"), 6); }).number(), err::TypeMismatch);
+    EXPECT_EQ(raised([] { numeroSql(1.5, -1); }).number(), err::InvalidCall);
 }
 
 TEST(ServicesFormatoNumero, MasksComeFromTheConfiguration) {
@@ -106,12 +75,8 @@ TEST(ServicesRutasUsuario, FilesGoInTheWorkingFolderWhichIsCreated) {
     test::writeFile(dir / "file", "");
     c.workDir = (dir / "file/sub").string();  // a file where the folder should be
     Configuration::install(c);
-    try {
-        ClsRutasUsuario::shared()->GetRutaFichero("x.htm");
-        FAIL() << "a folder that cannot be made must fail";
-    } catch (const Error& e) {
-        EXPECT_THAT(e.description(), ::testing::HasSubstr((dir / "file/sub").string()));
-    }
+    EXPECT_THAT(raised([] { ClsRutasUsuario::shared()->GetRutaFichero("x.htm"); }).description(),
+                ::testing::HasSubstr((dir / "file/sub").string()));
     Configuration::reset();
 }
 
@@ -121,16 +86,12 @@ TEST(ServicesTextoLinea, NormalizaTextoTrimsAndFoldsBlanks) {
         const char* out;
     };
     const Case cases[] = {
-        {"Corona metal-cerámica", "Corona metal-cerámica"},
-        {"  Corona  ", "Corona"},
-        {"Corona   de\tzirconio", "Corona de zirconio"},
-        {"Línea 1\r\nLínea 2", "Línea 1 Línea 2"},
+        {"Corona metal-cerámica", "Corona metal-cerámica"}, {"  Corona  ", "Corona"},
+        {"Corona   de\tzirconio", "Corona de zirconio"}, {"Línea 1\r\nLínea 2", "Línea 1 Línea 2"},
         {"Puente\xC2\xA0\xC2\xA0" "3 piezas", "Puente 3 piezas"},  // no-break spaces
-        {"Con\x01trol\x7F", "Control"},
+        {"Con\x01trol\x7F", "Control"}, {"MAYÚSCULAS y minúsculas", "MAYÚSCULAS y minúsculas"},
         {"O'Brien  ", "O'Brien"},  // apostrophes are the caller's business
-        {"MAYÚSCULAS y minúsculas", "MAYÚSCULAS y minúsculas"},
-        {" \t\n ", ""},
-        {"", ""},
+        {" \t\n ", ""}, {"", ""},
     };
     ClsTextoLinea t;
     for (const Case& c : cases) EXPECT_EQ(t.NormalizaTexto(c.in), c.out) << c.in;
@@ -159,43 +120,26 @@ TEST(ServicesRegistroLinea, AddRegistroKeepsEveryValueInOrder) {
     EXPECT_NE(static_cast<double>(b.cantidad), 1.0 / 3.0);
     EXPECT_EQ(b.idAlmacen, Variant("A1"));
     EXPECT_EQ(b.precio, 7.0);
-    for (int32_t bad : {0, 3}) {
-        try {
-            list.record(bad);
-            ADD_FAILURE() << bad;
-        } catch (const Error& e) {
-            EXPECT_EQ(e.number(), err::SubscriptOutOfRange);
-        }
-    }
-    Variant huge(1e300);
-    try {
-        list.AddRegistro(key, codigo, zero, huge, lote, alm, precio, extra);
-        ADD_FAILURE() << "a single cannot hold 1e300";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), err::Overflow);
-    }
+    for (int32_t bad : {0, 3}) EXPECT_EQ(raised([&] { list.record(bad); }).number(), err::SubscriptOutOfRange);
+    Variant huge(1e300);  // a single cannot hold it
+    EXPECT_EQ(raised([&] { list.AddRegistro(key, codigo, zero, huge, lote, alm, precio, extra); }).number(),
+              err::Overflow);
     EXPECT_EQ(list.Count(), 2);
 }
 
 TEST(ServicesHelpers, SharedInstancesArePerThread) {
-    auto f = ClsFormatoNumero::shared();
-    auto r = ClsRutasUsuario::shared();
-    auto t = ClsTextoLinea::shared();
-    EXPECT_EQ(f, ClsFormatoNumero::shared());
-    EXPECT_EQ(r, ClsRutasUsuario::shared());
-    EXPECT_EQ(t, ClsTextoLinea::shared());
-    std::shared_ptr<ClsFormatoNumero> f2;
-    std::shared_ptr<ClsRutasUsuario> r2;
-    std::shared_ptr<ClsTextoLinea> t2;
-    std::thread th([&] {
-        f2 = ClsFormatoNumero::shared();
-        r2 = ClsRutasUsuario::shared();
-        t2 = ClsTextoLinea::shared();
-    });
-    th.join();
-    EXPECT_NE(f, f2);
-    EXPECT_NE(r, r2);
-    EXPECT_NE(t, t2);
+    auto all = [] {
+        return std::vector<std::shared_ptr<void>>{ClsFormatoNumero::shared(), ClsRutasUsuario::shared(),
+                                                  ClsTextoLinea::shared(), ClsSeguridadUsuario::shared()};
+    };
+    const auto mine = all();
+    EXPECT_EQ(mine, all());
+    std::vector<std::shared_ptr<void>> other;
+    std::thread([&] { other = all(); }).join();
+    for (size_t i = 0; i < mine.size(); ++i) {
+        ASSERT_NE(other[i], nullptr);
+        EXPECT_NE(mine[i], other[i]) << i;
+    }
 }
 
 }  // namespace

@@ -32,6 +32,31 @@ void put(const std::filesystem::path& file, const std::string& key, const std::s
     r.EscribirValor(n, value);
 }
 
+// A store file of its own in a scratch folder.
+class ServicesSettings : public ::testing::Test {
+protected:
+    ScratchDir dir;
+    std::filesystem::path file = dir / "registro.json";
+};
+
+// Runs f in a child process; endedWell waits for it and says whether f ran through.
+pid_t inChild(const std::function<void()>& f) {
+    pid_t child = ::fork();
+    if (child == 0) {
+        try {
+            f();
+        } catch (...) {
+            ::_exit(3);
+        }
+        ::_exit(0);
+    }
+    return child;
+}
+bool endedWell(pid_t child) {
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 std::string get(const std::filesystem::path& file, const std::string& key, const std::string& name,
                 const std::string& def = "<none>") {
     ClsClaveRegistro r(file);
@@ -39,9 +64,7 @@ std::string get(const std::filesystem::path& file, const std::string& key, const
     return r.LeerValor(Variant(name), def);
 }
 
-TEST(ServicesSettings, AbsentNamesGiveTheDefault) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, AbsentNamesGiveTheDefault) {
     EXPECT_EQ(get(file, kTodos, "Criteria", ""), "");
     EXPECT_EQ(get(file, kTodos, "IndexOrderField", "0"), "0");
     put(file, kTodos, "Mode", " DESC");
@@ -49,9 +72,7 @@ TEST(ServicesSettings, AbsentNamesGiveTheDefault) {
     EXPECT_EQ(get(file, kTodos + "otra\\", "Mode", "y"), "y");  // another key
 }
 
-TEST(ServicesSettings, KeyPathsAndNamesIgnoreCase) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, KeyPathsAndNamesIgnoreCase) {
     put(file, kTodos, "Criteria", "Cerrada = 'Abierta'");
     struct Case {
         std::string key, name;
@@ -76,9 +97,7 @@ TEST(ServicesSettings, KeyPathsAndNamesIgnoreCase) {
     EXPECT_THAT(readFile(file), ::testing::Not(HasSubstr("\\\\Todos\\\\")));
 }
 
-TEST(ServicesSettings, ValuesAreTextAndNamesAreConverted) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, ValuesAreTextAndNamesAreConverted) {
     ClsClaveRegistro r(file);
     r.AbrirClave(kTodos);
     Variant idx(int16_t{3});
@@ -89,85 +108,44 @@ TEST(ServicesSettings, ValuesAreTextAndNamesAreConverted) {
     Variant mode("Mode");
     r.EscribirValor(mode, empty);  // an empty value exists: it is not the default
     EXPECT_EQ(r.LeerValor(Variant("Mode"), "def"), "");
-    try {
-        r.LeerValor(Variant::null(), "");
-        FAIL() << "a Null name must fail";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), err::InvalidUseOfNull);
-    }
+    EXPECT_EQ(test::raised([&] { r.LeerValor(Variant::null(), ""); }).number(), err::InvalidUseOfNull);
 }
 
-TEST(ServicesSettings, DurableAcrossReopenAndProcesses) {
-    ScratchDir dir;
-    auto file = dir / "sub" / "registro.json";  // the folder is made on first write
+TEST_F(ServicesSettings, ConcurrentProcessesLoseNothing) {
+    file = dir / "sub" / "registro.json";  // the folder is made on first write
     put(file, kTodos, "Criteria", "a");
-    pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        try {
-            put(file, kTodos, "Mode", " DESC");
-        } catch (...) {
-            ::_exit(3);
-        }
-        ::_exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_EQ(get(file, kTodosUpper, "Criteria"), "a");
-    EXPECT_EQ(get(file, kTodosUpper, "Mode"), " DESC");
-}
-
-TEST(ServicesSettings, ConcurrentWritersLoseNothing) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
     constexpr int kProcs = 4, kEach = 15;
     std::vector<pid_t> kids;
     for (int p = 0; p < kProcs; ++p) {
-        pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            try {
-                for (int i = 0; i < kEach; ++i)
-                    put(file, "K", "p" + std::to_string(p) + "_" + std::to_string(i), std::to_string(i));
-            } catch (...) {
-                ::_exit(3);
-            }
-            ::_exit(0);
-        }
-        kids.push_back(child);
+        kids.push_back(inChild([&] {
+            for (int i = 0; i < kEach; ++i)
+                put(file, "K", "p" + std::to_string(p) + "_" + std::to_string(i), std::to_string(i));
+        }));
     }
-    for (pid_t k : kids) {
-        int status = 0;
-        ASSERT_EQ(::waitpid(k, &status, 0), k);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    }
+    for (pid_t k : kids) EXPECT_TRUE(endedWell(k));
+    EXPECT_EQ(get(file, kTodos, "Criteria"), "a");
     for (int p = 0; p < kProcs; ++p)
         for (int i = 0; i < kEach; ++i)
             EXPECT_EQ(get(file, "k", "P" + std::to_string(p) + "_" + std::to_string(i)), std::to_string(i));
 }
 
-TEST(ServicesSettings, OpeningAnExistingKeyWritesNothing) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, OpeningAnExistingKeyWritesNothing) {
+    auto inode = [&] {
+        struct stat st {};
+        EXPECT_EQ(::stat(file.c_str(), &st), 0);
+        return st.st_ino;
+    };
     put(file, kTodos, "Criteria", "a");
-    struct stat before {};
-    ASSERT_EQ(::stat(file.c_str(), &before), 0);
+    const auto before = inode();
     ClsClaveRegistro r(file);
     r.AbrirClave(kTodosUpper);
-    struct stat after {};
-    ASSERT_EQ(::stat(file.c_str(), &after), 0);
-    EXPECT_EQ(before.st_ino, after.st_ino);  // a write replaces the file, and with it the inode
-    r.AbrirClave("Nueva\\Clave\\");       // a new key is created at once
-    struct stat created {};
-    ASSERT_EQ(::stat(file.c_str(), &created), 0);
-    EXPECT_NE(before.st_ino, created.st_ino);
+    EXPECT_EQ(inode(), before);       // a write replaces the file, and with it the inode
+    r.AbrirClave("Nueva\\Clave\\");  // a new key is created at once
+    EXPECT_NE(inode(), before);
     EXPECT_THAT(readFile(file), HasSubstr("Nueva"));
 }
 
-TEST(ServicesSettings, LeftoverTemporaryFileIsHarmless) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, LeftoverTemporaryFileIsHarmless) {
     put(file, kTodos, "Criteria", "a");
     // What a crash between writing the temporary file and renaming it leaves behind.
     writeFile(dir / "registro.json.tmp.99999.0", "{\"version\": 1, \"keys\": {\"X\": {\"Crit");
@@ -177,9 +155,7 @@ TEST(ServicesSettings, LeftoverTemporaryFileIsHarmless) {
     EXPECT_EQ(get(file, kTodos, "Mode"), "m");
 }
 
-TEST(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
-    ScratchDir dir;
-    auto file = dir / "registro.json";
+TEST_F(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
     put(file, kTodos, "Criteria", "a");
     put(file, kTodos, "Mode", "b");
     std::string whole = readFile(file);
@@ -194,14 +170,10 @@ TEST(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
     for (const std::string& damaged : damages) {
         writeFile(file, damaged);
         auto expectReported = [&](const std::function<void()>& f) {
-            try {
-                f();
-                ADD_FAILURE() << "no failure for: " << damaged;
-            } catch (const Error& e) {
-                EXPECT_EQ(e.source(), SrcSettings);
-                EXPECT_THAT(e.description(), HasSubstr(file.string()));
-                EXPECT_THAT(e.description(), HasSubstr("damaged"));
-            }
+            Error e = test::raised(f);
+            EXPECT_EQ(e.source(), SrcSettings) << damaged;
+            EXPECT_THAT(e.description(), HasSubstr(file.string()));
+            EXPECT_THAT(e.description(), HasSubstr("damaged"));
         };
         expectReported([&] { get(file, kTodos, "Criteria"); });
         expectReported([&] { put(file, kTodos, "Criteria", "c"); });
@@ -210,8 +182,7 @@ TEST(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
     }
 }
 
-TEST(ServicesSettings, DefaultStoreIsTheCurrentUsersUnderTheSettingsFolder) {
-    ScratchDir dir;
+TEST_F(ServicesSettings, DefaultStoreIsTheCurrentUsersUnderTheSettingsFolder) {
     Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
     c.settingsDir = dir.str();
     Configuration::install(c);

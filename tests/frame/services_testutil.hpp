@@ -1,6 +1,8 @@
 #pragma once
 // Helpers shared by the collaborators' tests: a scratch folder removed at the end,
-// an environment made of a map, and a check that a call raises hist::Error.
+// an environment made of a map, and the hist::Error a call raises.
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +14,7 @@
 #include <unistd.h>
 
 #include "frame/services/config.hpp"
+#include "platform/error.hpp"
 
 namespace hist::test {
 
@@ -45,6 +48,19 @@ inline services::EnvLookup envOf(std::map<std::string, std::string> vars) {
         if (it == vars.end()) return std::nullopt;
         return it->second;
     };
+}
+
+// The hist::Error that f raises; when it raises none the test fails and an Error
+// numbered 0 comes back.
+template <class F>
+Error raised(F&& f) {
+    try {
+        f();
+    } catch (const Error& e) {
+        return e;
+    }
+    ADD_FAILURE() << "no hist::Error raised";
+    return Error(0, "", "(no failure)");
 }
 
 inline void writeFile(const std::filesystem::path& p, const std::string& text) {
