@@ -8,73 +8,40 @@
 #include <vector>
 
 #include "ado/recordset.hpp"
-#include "frame/record_tools.hpp"
-#include "frame/saved_order.hpp"
 #include "frame/services/rights.hpp"
 #include "frame/services/settings.hpp"
-#include "platform/host_objects.hpp"
 #include "satellites/comentarios.hpp"
-#include "satellites/comentarios_fixture.hpp"
-#include "tools/filter_tools.hpp"
+#include "tools/tools_fixture.hpp"
 
 namespace hist::satellites {
 namespace {
 
 const DateValue kFecha{rt::dateSerial(2026, 11, 22)};
 
-class CommentTools : public test::ArchiveFixture {
+// The tools' own fixture; every comment table holds three rows of document 7, and
+// descending by comment or by date row 2 comes first.
+class CommentTools : public test::ToolsFixture {
 protected:
     void SetUp() override {
-        ArchiveFixture::SetUp();
-        CurrentUser::set("ana");
-        setApplication(nullptr);
-        saved_ = frame::recordTools();
-        tools::installFilterTools();
-        for (const char* table :
+        ToolsFixture::SetUp();
+        for (const std::string t :
              {"HOrdenes_Comentarios", "HPedidos_Clientes_Comentarios", "HAlbaranes_Comentarios", "HFacturas_Comentarios"}) {
-            const std::string t(table);
-            // Descending by comment or by date, row 2 comes first.
             exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (1, 7, 'b', #2026-11-22#)");
             exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (2, 7, 'c', #2026-11-23#)");
             exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (3, 7, 'a', #2026-11-21#)");
         }
     }
-    void TearDown() override {
-        frame::recordTools() = saved_;
-        frame::setSavedOrderStep({});
-        CurrentUser::set(std::nullopt);
-        ArchiveFixture::TearDown();
-    }
 
-    // Saves an order under a view of a table, as the settings store keeps it.
-    static void saveOrder(const std::string& table, const std::string& view, const std::string& index,
-                          const std::string& mode) {
+    // Saves an order under the "todos" view of a table, as the settings store keeps it.
+    static void saveOrder(const std::string& table, std::string index, std::string mode) {
         services::ClsClaveRegistro store;
-        store.AbrirClave("SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\" + table + "\\" + view +
-                         "\\");
+        store.AbrirClave("SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\" + table + "\\todos\\");
         Variant i("IndexOrderField"), m("Mode");
-        std::string iv = index, mv = mode;
-        store.EscribirValor(i, iv);
-        store.EscribirValor(m, mv);
-    }
-
-    static void open(frame::RecordClass& cls, const std::string& keyword) {
-        frame::ConnPtr cn;
-        std::string key = keyword;
-        Variant id(int32_t{7});
-        DateValue fecha = kFecha;
-        cls.IniciaRs(cn, key, id, fecha);
+        store.EscribirValor(i, index);
+        store.EscribirValor(m, mode);
     }
 
     static std::string sortOf(frame::RecordClass& cls) { return cls.primaryRecordset()->Sort(); }
-
-    static int rights(const std::vector<std::string>& args) {
-        std::ostringstream out, err;
-        return services::rightsCommand(args, out, err);
-    }
-
-private:
-    frame::RecordTools saved_;
 };
 
 TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
@@ -97,8 +64,8 @@ TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.cls->variants().className));
         // Saved under "todos"; Requery reads "Todos", the same view.
-        saveOrder(c.cls->sClassName(), "todos", c.index, " DESC");
-        open(*c.cls, "");
+        saveOrder(c.cls->sClassName(), c.index, " DESC");
+        open(*c.cls, "", Variant(int32_t{7}), kFecha);
         EXPECT_EQ(sortOf(*c.cls), c.onIniciaRs);
         std::string key;
         c.cls->Requery(key);
@@ -126,25 +93,23 @@ TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
     };
     for (const auto& refused : cases) {
         SCOPED_TRACE(refused.group);
-        ASSERT_EQ(rights({"deny", "ana", refused.group, "Borrar"}), 0);
+        std::ostringstream out, err;
+        ASSERT_EQ(services::rightsCommand({"deny", "ana", refused.group, "Borrar"}, out, err), 0);
         for (const auto& c : cases) {
             std::string action = "Borrar";
             EXPECT_EQ(c.cls->SeguridadPermiso(action), c.cls != refused.cls) << c.group;
         }
-        ASSERT_EQ(rights({"allow", "ana", refused.group, "Borrar"}), 0);
+        ASSERT_EQ(services::rightsCommand({"allow", "ana", refused.group, "Borrar"}, out, err), 0);
     }
 }
 
 TEST_F(CommentTools, TheCommentIsALongTextOfTheConstantLimit) {
     ClsOrdenesComentarios ordenes;
     ClsFacturasComentarios facturas;
-    open(ordenes, "todos");
-    open(facturas, "todos");
+    open(ordenes);
+    open(facturas);
     auto box = [](const char* field) {
-        auto c = std::make_shared<StandInControl>(ControlKind::TextBox);
-        c->define("DataField", Variant(field));
-        c->define("Text", Variant(std::string(300, 'x')));
-        return Variant(c);
+        return Variant(test::control(ControlKind::TextBox, field, {{"Text", Variant(std::string(300, 'x'))}}));
     };
     struct Case {
         frame::RecordClass* cls;

@@ -38,9 +38,9 @@ class CreateFilterTest : public test::ToolsFixture {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
-        openAll(base);
-        openAll(wide);
-        openAll(orders);
+        open(base);
+        open(wide);
+        open(orders);
     }
 
     static std::string build(frame::RecordClass& cls, const std::shared_ptr<StandInControl>& ctl,
@@ -288,7 +288,7 @@ TEST_F(CreateFilterTest, JoinedConditionsFilterTheRecordset) {
     exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Anabel', 5, 11, #2003-02-03#)");
     exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Berta', 9, 12, #2003-02-05#)");
     frame::RecordClass lines{kLines};
-    openAll(lines);
+    open(lines);
     auto& rs = *lines.primaryRecordset();
 
     const std::string byName = build(lines, control(ControlKind::TextBox, "Codigo", {{"Text", "ana"}}));

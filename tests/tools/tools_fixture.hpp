@@ -1,8 +1,9 @@
 #pragma once
-// A fresh archive and settings folder per test, a fixed user and clock, the
-// default application object, and the filter tools installed. Rows are written on a
-// connection of the fixture's own. Test classes are record classes made from a
-// variant table of the test's own, over whatever selection the test needs.
+// TempArchive: a fresh archive and settings folder per test and a fixed clock; rows
+// are written on a connection of the fixture's own. ToolsFixture adds a fixed user,
+// the default application object and the filter tools. Test classes are record
+// classes made from a variant table of the test's own, over whatever selection the
+// test needs.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -12,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <unistd.h>
 
@@ -32,8 +34,10 @@ namespace hist::test {
 // A variant table for a test class: the given selection and tool forms, the
 // common forms everywhere else.
 constexpr frame::ClassVariants toolVariants(std::string_view className, std::string_view table,
-                                            std::string_view selectSql, frame::FilterForm filter,
-                                            frame::DefinedSizeForm definedSize, frame::KeyForm key,
+                                            std::string_view selectSql,
+                                            frame::FilterForm filter = frame::FilterForm::Base,
+                                            frame::DefinedSizeForm definedSize = frame::DefinedSizeForm::Table,
+                                            frame::KeyForm key = frame::KeyForm::Table,
                                             std::string_view permissionGroup = "Pruebas") {
     return frame::ClassVariants{
         .className = className,
@@ -52,12 +56,12 @@ constexpr frame::ClassVariants toolVariants(std::string_view className, std::str
     };
 }
 
-class ToolsFixture : public ::testing::Test {
+class TempArchive : public ::testing::Test {
 protected:
     void SetUp() override {
         static std::atomic<int> counter{0};
         dir_ = std::filesystem::temp_directory_path() /
-               ("hist-tools-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
+               ("hist-tests-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
         std::filesystem::remove_all(dir_);
         std::filesystem::create_directories(dir_);
         services::Config c = services::Config::defaults();
@@ -66,22 +70,14 @@ protected:
         c.workDir = (dir_ / "trabajo").string();
         services::Configuration::install(c);
         Clock::set(rt::dateSerial(2026, 11, 22) + rt::timeSerial(10, 30, 0));
-        CurrentUser::set("ana");
-        setApplication(nullptr);
-        savedTools_ = frame::recordTools();
-        tools::installFilterTools();
         setup_ = std::make_shared<ado::Connection>();
         setup_->Open(c.dataSource(4));
     }
 
     void TearDown() override {
-        // Other tests of the program find the hook table as it was.
-        frame::recordTools() = savedTools_;
-        frame::setSavedOrderStep({});
         setup_.reset();
         services::Configuration::reset();
         Clock::set(std::nullopt);
-        CurrentUser::set(std::nullopt);
         std::error_code ec;
         std::filesystem::remove_all(dir_, ec);
     }
@@ -89,20 +85,37 @@ protected:
     // Runs a writing statement of the desktop dialect.
     void exec(const std::string& jet) { setup_->Execute(sql::translate(jet, sql::StatementKind::Write)); }
 
-    // Opens every row of the class's selection.
-    static void openAll(frame::RecordClass& cls) {
+    // Opens the class's selection under a keyword, for a document and a date.
+    static void open(frame::RecordClass& cls, std::string key = "todos", Variant id = {}, DateValue fecha = {}) {
         frame::ConnPtr cn;
-        std::string key = "todos";
-        Variant id;
-        DateValue fecha{0};
         cls.IniciaRs(cn, key, id, fecha);
     }
 
-    const std::filesystem::path& dir() const { return dir_; }
+    std::shared_ptr<ado::Connection> setup_;
 
 private:
     std::filesystem::path dir_;
-    std::shared_ptr<ado::Connection> setup_;
+};
+
+class ToolsFixture : public TempArchive {
+protected:
+    void SetUp() override {
+        TempArchive::SetUp();
+        CurrentUser::set("ana");
+        setApplication(nullptr);
+        savedTools_ = frame::recordTools();
+        tools::installFilterTools();
+    }
+
+    void TearDown() override {
+        // Other tests of the program find the hook table as it was.
+        frame::recordTools() = savedTools_;
+        frame::setSavedOrderStep({});
+        CurrentUser::set(std::nullopt);
+        TempArchive::TearDown();
+    }
+
+private:
     frame::RecordTools savedTools_;
 };
 

@@ -39,7 +39,7 @@ class ValidationTest : public test::ToolsFixture {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
-        for (auto* c : {&table, &comments, &whole, &lines}) openAll(*c);
+        for (auto* c : {&table, &comments, &whole, &lines}) open(*c);
     }
 
     static Variant box(const char* field, const std::string& text, int32_t selLength = 0) {
