@@ -7,7 +7,9 @@ namespace hist {
 namespace {
 
 using testing::errorOf;
+using testing::errorsOf;
 using testing::TempArchive;
+using Rows = std::vector<std::string>;
 
 constexpr const char* kSelect =
     "SELECT Id, Codigo AS Código, Descripcion AS Descripción, Fecha FROM HOrdenes_Comentarios WHERE Codigo > 0";
@@ -43,14 +45,24 @@ void seed(ado::Connection& cn) {
                "(3, 11, 'tres', NULL)");
 }
 
+// The seeded archive and a connection to it.
+class Seeded : public ::testing::Test {
+protected:
+    void SetUp() override { seed(*cn); }
+    Archive a;
+    std::shared_ptr<ado::Connection> cn = a.connect();
+};
+using Recordset = Seeded;
+using UpdateBatch = Seeded;
+using Requery = Seeded;
+
 TEST(Connection, UnopenedIsHeldAndRefusesUse) {
     ado::Connection cn;
     EXPECT_EQ(cn.State(), 0);
-    EXPECT_EQ(errorOf([&] { cn.BeginTrans(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { cn.CommitTrans(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { cn.RollbackTrans(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { cn.Close(); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { cn.Execute("DELETE FROM Articulos WHERE 1 = 1"); }), err::InvalidConnection);
+    EXPECT_EQ(errorsOf({[&] { cn.BeginTrans(); }, [&] { cn.CommitTrans(); }, [&] { cn.RollbackTrans(); },
+                        [&] { cn.Close(); }, [&] { cn.Execute("DELETE FROM Articulos WHERE 1 = 1"); }}),
+              (std::vector<long>{err::ObjectClosed, err::ObjectClosed, err::ObjectClosed, err::ObjectClosed,
+                                 err::InvalidConnection}));
 }
 
 TEST(Connection, TransactionsNestAndGuardClose) {
@@ -66,16 +78,13 @@ TEST(Connection, TransactionsNestAndGuardClose) {
     cn->RollbackTrans();  // only the inner level goes
     EXPECT_EQ(errorOf([&] { cn->Close(); }), err::InTransaction);
     cn->CommitTrans();
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:dos", "3:tres"}));
     cn->Close();
     EXPECT_EQ(cn->State(), 0);
     EXPECT_EQ(errorOf([&] { cn->Close(); }), err::ObjectClosed);
 }
 
-TEST(Recordset, OpensWithTheSelectListNamesAndTypes) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(Recordset, OpensWithTheSelectListNamesAndTypes) {
     auto rs = a.open(cn);
     EXPECT_EQ(rs->ActiveConnection(), cn);
     EXPECT_EQ(rs->RecordCount(), 3);
@@ -89,10 +98,7 @@ TEST(Recordset, OpensWithTheSelectListNamesAndTypes) {
     EXPECT_EQ(f->Item(Variant("Id"))->Value(), Variant(static_cast<int32_t>(1)));
 }
 
-TEST(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     std::vector<std::string> seen;
     cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection& c) {
         EXPECT_EQ(&c, cn.get());
@@ -107,10 +113,10 @@ TEST(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     rs->setValue("Código", "12");
     rs->setValue("Descripción", "cuatro");
     rs->Update();
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));  // nothing sent yet
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:dos", "3:tres"}));  // nothing sent yet
 
     rs->UpdateBatch(3);
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:cuatro"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:UNO", "3:tres", "4:cuatro"}));
     EXPECT_EQ(rs->EditMode(), 0);
     // Each write is followed by reading the row back (new identity, defaults, stored forms).
     const std::string readBack = "UpdateBatch: SELECT \"Id\", \"Codigo\", \"Descripcion\", \"Fecha\", rowid FROM "
@@ -128,13 +134,11 @@ TEST(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     // The new row learned its identity: a later change reaches it.
     rs->setValue("Descripción", "CUATRO");
     rs->UpdateBatch(1);
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:UNO", "3:tres", "4:CUATRO"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:UNO", "3:tres", "4:CUATRO"}));
     EXPECT_EQ(rs->value("Código"), Variant(static_cast<int32_t>(12)));
 }
 
-TEST(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
-    Archive a;
-    auto cn = a.connect();
+TEST_F(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
     auto rs = a.open(cn, "SELECT Codigo, Descripcion, Recargo FROM Articulos WHERE Codigo <> ''");
     rs->AddNew();
     rs->setValue("Codigo", "A1");
@@ -146,34 +150,28 @@ TEST(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
     EXPECT_EQ(check->value("Recargo"), Variant(2.5));
 }
 
-TEST(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredView) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredView) {
     auto rs = a.open(cn);
     rs->setValue("Descripción", "a");
     rs->MoveNext();
     rs->setValue("Descripción", "b");
     rs->UpdateBatch(1);  // only the current row
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:tres"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:b", "3:tres"}));
 
     rs->MoveLast();
     rs->setValue("Descripción", "c");
     rs->SetFilter(Variant("Código = 11"));
     rs->UpdateBatch(3);  // rows hidden by the filter stay pending
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:c"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:b", "3:c"}));
     rs->SetFilter(Variant(""));
     EXPECT_EQ(rs->EditMode(), 1);
     rs->CancelBatch(3);
     EXPECT_EQ(rs->value("Descripción").asString(), "uno");
     rs->UpdateBatch(3);
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:b", "3:c"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:b", "3:c"}));
 }
 
-TEST(UpdateBatch, CancelBatchRestoresWithoutTouchingTheArchive) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(UpdateBatch, CancelBatchRestoresWithoutTouchingTheArchive) {
     auto rs = a.open(cn);
     rs->Delete(1);
     rs->MoveNext();
@@ -184,14 +182,11 @@ TEST(UpdateBatch, CancelBatchRestoresWithoutTouchingTheArchive) {
     EXPECT_EQ(rs->value("Id").asLong(), 2);
     EXPECT_EQ(rs->value("Descripción").asString(), "dos");
     rs->UpdateBatch(3);
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:uno", "2:dos", "3:tres"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:dos", "3:tres"}));
 }
 
-TEST(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
-    Archive a;
-    auto cn1 = a.connect();
-    auto cn2 = a.connect();
-    seed(*cn1);
+TEST_F(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
+    auto cn1 = cn, cn2 = a.connect();
     auto first = a.open(cn1);
     auto second = a.open(cn2);
 
@@ -205,7 +200,7 @@ TEST(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
     std::string description;
     EXPECT_EQ(errorOf([&] { second->UpdateBatch(3); }, &description), err::SqlRowConflict);
     EXPECT_EQ(description.rfind("Row cannot be located for updating", 0), 0u) << description;
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:primero", "2:dos", "3:tres"}));  // all or nothing
+    EXPECT_EQ(a.rows(), (Rows{"1:primero", "2:dos", "3:tres"}));  // all or nothing
     EXPECT_EQ(second->EditMode(), 1);  // still pending
     EXPECT_EQ(cn2->TransactionLevel(), 0);
 
@@ -224,7 +219,7 @@ TEST(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
     second->UpdateBatch(3);
     EXPECT_EQ(cn2->TransactionLevel(), 1);
     cn2->RollbackTrans();
-    EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:primero", "3:tres"}));
+    EXPECT_EQ(a.rows(), (Rows{"1:primero", "3:tres"}));
 }
 
 // The group filters show rows by what happened to them, and the group form of
@@ -311,10 +306,7 @@ TEST(FilterGroups, PendingFetchedAffectedAndConflictingRows) {
     EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:x", "3:tres", "4:cuatro"}));
 }
 
-TEST(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
     auto rs = a.open(cn, "SELECT MAX(Id) AS Nuevo_Codigo FROM HOrdenes_Comentarios WHERE Codigo = 10");
     EXPECT_EQ(rs->value("Nuevo_Codigo"), Variant(static_cast<int32_t>(2)));
     EXPECT_EQ(rs->Fields()->Item(Variant("Nuevo_Codigo"))->Type(), 3);
@@ -324,10 +316,7 @@ TEST(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
     EXPECT_NE(description.find("Nuevo_Codigo"), std::string::npos);
 }
 
-TEST(Requery, RunsTheSelectionAgainKeepingFilterAndSort) {
-    Archive a;
-    auto cn = a.connect();
-    seed(*cn);
+TEST_F(Requery, RunsTheSelectionAgainKeepingFilterAndSort) {
     std::vector<std::string> ops;
     cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection&) {
         ops.push_back(std::string(op) + ": " + std::string(text));

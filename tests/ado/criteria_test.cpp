@@ -11,9 +11,8 @@ namespace {
 using backend::FieldType;
 using testing::CellInit;
 using testing::errorOf;
+using testing::errorsOf;
 using testing::fabricate;
-
-constexpr long kTypeMismatch = err::SqlTypeMismatch;
 
 std::shared_ptr<ado::Recordset> people() {
     const CellInit null;
@@ -53,6 +52,7 @@ struct FilterCase {
     long error;
 };
 
+// Each filter is set over "Id > 1" on a fresh set; one that is refused must leave that filter in force.
 void runFilterTable(const std::vector<FilterCase>& table) {
     for (const auto& c : table) {
         auto rs = people();
@@ -62,7 +62,6 @@ void runFilterTable(const std::vector<FilterCase>& table) {
         if (c.count < 0) {
             EXPECT_EQ(got, c.error) << c.criteria;
             EXPECT_NE(description.find(got == err::ItemNotFound ? "Field:" : ""), std::string::npos);
-            // A refused filter leaves the previous one in force.
             EXPECT_EQ(rs->RecordCount(), 5) << c.criteria;
             EXPECT_EQ(rs->Filter(), Variant("Id > 1")) << c.criteria;
         } else {
@@ -74,7 +73,7 @@ void runFilterTable(const std::vector<FilterCase>& table) {
 
 TEST(Filter, GrammarAcceptsAndRefuses) {
     RegionalScope es(Regional::esES());
-    runFilterTable({
+    std::vector<FilterCase> table = {
         {"Nombre = 'ana'", 1, 0},
         {"Nombre Like 'A*'", 3, 0},
         {"Nombre LIKE 'a%'", 3, 0},
@@ -105,25 +104,15 @@ TEST(Filter, GrammarAcceptsAndRefuses) {
         {"Fecha > #1/1/2004#", 1, 0},
         {"Fecha = '01/02/2003'", 1, 0},
         {"[Fecha Entrega] < #2003-01-06#", 2, 0},
-        {"Nombre Like '*as'", -1, err::BadArgument},
-        {"Nombre Like 's*r'", -1, err::BadArgument},
-        {"Nombre = 'O'Malley'", -1, err::BadArgument},
-        {"Nombre = 'Ana", -1, err::BadArgument},
-        {"Precio = 12,5", -1, err::BadArgument},
-        {"Precio Is Null", -1, err::BadArgument},
-        {"Precio > Null", -1, err::BadArgument},
-        {"(Id = 1 OR Id = 2) AND Activo = 0", -1, err::BadArgument},
-        {"Id = 1 AND (Id = 2 OR Id = 3)", -1, err::BadArgument},
-        {"(Id = 1", -1, err::BadArgument},
-        {"Id = 1 AND", -1, err::BadArgument},
-        {"Id 1", -1, err::BadArgument},
-        {"Id =", -1, err::BadArgument},
-        {"Id = 'x'", -1, err::BadArgument},
-        {"Fecha = #xyz#", -1, err::BadArgument},
-        {"Fecha Entrega = 1", -1, err::BadArgument},
         {"Nada = 1", -1, err::ItemNotFound},
-        {"Notas = #x#", -1, kTypeMismatch},  // a long text compared with a #value#
-    });
+        {"Notas = #x#", -1, err::SqlTypeMismatch},  // a long text compared with a #value#
+    };
+    for (const char* bad : {"Nombre Like '*as'", "Nombre Like 's*r'", "Nombre = 'O'Malley'", "Nombre = 'Ana",
+                            "Precio = 12,5", "Precio Is Null", "Precio > Null", "(Id = 1 OR Id = 2) AND Activo = 0",
+                            "Id = 1 AND (Id = 2 OR Id = 3)", "(Id = 1", "Id = 1 AND", "Id 1", "Id =", "Id = 'x'",
+                            "Fecha = #xyz#", "Fecha Entrega = 1"})
+        table.push_back({bad, -1, err::BadArgument});
+    runFilterTable(table);
 }
 
 TEST(Filter, DatesAndNumbersFollowTheRegionalSettings) {
@@ -138,10 +127,8 @@ TEST(Filter, DatesAndNumbersFollowTheRegionalSettings) {
 
 TEST(Filter, GroupValuesAndOtherKinds) {
     auto rs = people();
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant()); }), err::BadArgument);
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(1.5)); }), err::BadArgument);
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(static_cast<int32_t>(7))); }), err::BadArgument);
-    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(static_cast<int32_t>(4))); }), err::BadArgument);
+    for (const Variant& bad : {Variant(), Variant(1.5), Variant(static_cast<int32_t>(7)), Variant(static_cast<int32_t>(4))})
+        EXPECT_EQ(errorOf([&] { rs->SetFilter(bad); }), err::BadArgument) << rt::CStr(bad);
     rs->SetFilter(Variant(static_cast<int32_t>(1)));  // nothing pending
     EXPECT_EQ(rs->RecordCount(), 0);
     EXPECT_EQ(rs->Filter(), Variant(static_cast<int32_t>(1)));
@@ -152,49 +139,39 @@ TEST(Filter, GroupValuesAndOtherKinds) {
 
 TEST(Find, MovesToMatchesAndStopsAtTheEnds) {
     auto rs = people();
-    rs->Find("Nombre = 'BRUNO'");
-    EXPECT_EQ(rs->value("Id").asLong(), 4);
-    rs->Find("Nombre = 'BRUNO'");  // the current row is tested first
-    EXPECT_EQ(rs->value("Id").asLong(), 4);
-    rs->Find("Nombre Like 'A*'");
-    EXPECT_EQ(rs->value("Id").asLong(), 6);
-    rs->Find("Nombre Like 'A*'", 1);
-    EXPECT_TRUE(rs->Eof());
-    EXPECT_FALSE(rs->Bof());
+    // Finds and tells where the cursor is left: the current Id, "BOF" or "EOF".
+    auto find = [&](const char* criteria, long skip = 0, int direction = 1,
+                    const Variant& start = Variant::missing()) {
+        rs->Find(criteria, skip, direction, start);
+        return rs->Bof() ? std::string("BOF") : rs->Eof() ? std::string("EOF") : std::to_string(rs->value("Id").asLong());
+    };
+    EXPECT_EQ(find("Nombre = 'BRUNO'"), "4");
+    EXPECT_EQ(find("Nombre = 'BRUNO'"), "4");  // the current row is tested first
+    EXPECT_EQ(find("Nombre Like 'A*'"), "6");
+    EXPECT_EQ(find("Nombre Like 'A*'", 1), "EOF");
     EXPECT_EQ(errorOf([&] { rs->Find("Id = 1"); }), err::NoCurrentRecord);
 
     rs->MoveLast();
-    rs->Find("Nombre Like 'a*'", 1, -1);
-    EXPECT_EQ(rs->value("Id").asLong(), 2);
-    rs->Find("Nombre Like 'a*'", 1, -1);
-    EXPECT_EQ(rs->value("Id").asLong(), 1);
-    rs->Find("Nombre Like 'a*'", 1, -1);
-    EXPECT_TRUE(rs->Bof());
+    EXPECT_EQ(find("Nombre Like 'a*'", 1, -1), "2");
+    EXPECT_EQ(find("Nombre Like 'a*'", 1, -1), "1");
+    EXPECT_EQ(find("Nombre Like 'a*'", 1, -1), "BOF");
 
     rs->MoveLast();
-    rs->Find("Id = '3'", 0, 1, Variant(static_cast<int32_t>(1)));  // from the first row; quoted number
-    EXPECT_EQ(rs->value("Id").asLong(), 3);
-    rs->Find("Id < 3", 0, -1, Variant(static_cast<int32_t>(2)));   // backwards from the last row
-    EXPECT_EQ(rs->value("Id").asLong(), 2);
-    rs->Find("Id > 0", 1, 1, Variant(5.0));                          // from a bookmark, skipping it
-    EXPECT_EQ(rs->value("Id").asLong(), 6);
+    EXPECT_EQ(find("Id = '3'", 0, 1, Variant(static_cast<int32_t>(1))), "3");  // from the first row; quoted number
+    EXPECT_EQ(find("Id < 3", 0, -1, Variant(static_cast<int32_t>(2))), "2");    // backwards from the last row
+    EXPECT_EQ(find("Id > 0", 1, 1, Variant(5.0)), "6");                          // from a bookmark, skipping it
 
-    struct Bad {
-        const char* criteria;
-        long number;
-    } bad[] = {{"Id = 1 AND Id = 2", err::BadArgument}, {"Id = 1 OR Id = 2", err::BadArgument},
-               {"Nombre Like '*na'", err::BadArgument}, {"Nada = 1", err::ItemNotFound}};
-    for (const auto& b : bad) EXPECT_EQ(errorOf([&] { rs->Find(b.criteria); }), b.number) << b.criteria;
+    EXPECT_EQ(errorsOf({[&] { rs->Find("Id = 1 AND Id = 2"); }, [&] { rs->Find("Id = 1 OR Id = 2"); },
+                        [&] { rs->Find("Nombre Like '*na'"); }, [&] { rs->Find("Nada = 1"); },
+                        [&] { rs->Find("Id = 1", 0, 2); }}),
+              (std::vector<long>{err::BadArgument, err::BadArgument, err::BadArgument, err::ItemNotFound,
+                                 err::BadArgument}));
     EXPECT_EQ(rs->value("Id").asLong(), 6);  // a refused criterion does not move
-    EXPECT_EQ(errorOf([&] { rs->Find("Id = 1", 0, 2); }), err::BadArgument);
 }
 
 TEST(Sort, KeysDirectionsAndTheOriginalOrder) {
     auto rs = people();
-    struct Case {
-        const char* sort;
-        std::vector<long> ids;
-    } cases[] = {
+    const std::pair<const char*, std::vector<long>> cases[] = {
         {"Nombre", {2, 1, 6, 4, 3, 5}},  // case ignored; an accented initial after the plain letters
         {"Nombre ASC", {2, 1, 6, 4, 3, 5}},
         {"Precio DESC", {4, 1, 5, 2, 6, 3}},  // Null last when descending
@@ -206,19 +183,17 @@ TEST(Sort, KeysDirectionsAndTheOriginalOrder) {
         {"fecha entrega", {3, 6, 5, 2, 1, 4}},
         {"", {1, 2, 3, 4, 5, 6}},
     };
-    for (const auto& c : cases) {
-        rs->SetSort(c.sort);
-        EXPECT_EQ(ids(*rs), c.ids) << c.sort;
-        EXPECT_EQ(rs->Sort(), c.sort);
+    for (const auto& [sort, order] : cases) {
+        rs->SetSort(sort);
+        EXPECT_EQ(ids(*rs), order) << sort;
+        EXPECT_EQ(rs->Sort(), sort);
     }
     rs->SetSort("Nombre DESC");
     rs->SetBookmark(Variant(3.0));
-    struct Bad {
-        const char* sort;
-        long number;
-    } bad[] = {{"Nada", err::ItemNotFound}, {"NombreDESC", err::ItemNotFound}, {"Nombre DESC,", err::BadArgument},
-               {"DESC", err::BadArgument}, {", Id", err::BadArgument}, {"[Nombre", err::BadArgument}};
-    for (const auto& b : bad) EXPECT_EQ(errorOf([&] { rs->SetSort(b.sort); }), b.number) << b.sort;
+    const std::pair<const char*, long> bad[] = {{"Nada", err::ItemNotFound},   {"NombreDESC", err::ItemNotFound},
+                                                {"Nombre DESC,", err::BadArgument}, {"DESC", err::BadArgument},
+                                                {", Id", err::BadArgument},         {"[Nombre", err::BadArgument}};
+    for (const auto& [sort, number] : bad) EXPECT_EQ(errorOf([&] { rs->SetSort(sort); }), number) << sort;
     EXPECT_EQ(rs->Sort(), "Nombre DESC");  // a refused sort leaves the order and the row
     EXPECT_EQ(rs->value("Id").asLong(), 3);
     EXPECT_EQ(rs->AbsolutePosition(), 2);
@@ -234,10 +209,8 @@ TEST(Sort, TextsEqualButForCaseKeepTheirFetchOrder) {
 }
 
 TEST(Fields, LookupByNameAndPosition) {
-    auto rs = fabricate({{"Código", FieldType::Integer},
-                         {"Factura", FieldType::Integer},
-                         {"Factura", FieldType::VarWChar},
-                         {"Descripción", FieldType::VarWChar}},
+    auto rs = fabricate({{"Código", FieldType::Integer}, {"Factura", FieldType::Integer},
+                         {"Factura", FieldType::VarWChar}, {"Descripción", FieldType::VarWChar}},
                         {{7LL, 10LL, "F-10", CellInit{}}});
     auto fields = rs->Fields();
     EXPECT_EQ(fields->Count(), 4);
@@ -257,11 +230,10 @@ TEST(Fields, LookupByNameAndPosition) {
 }
 
 TEST(Fields, AssignedValuesAreCoercedUnderTheRegionalSettings) {
-    struct Case {
+    struct Case {  // the value given to a field of the type, and the value it holds (Empty: refused)
         const Regional* locale;
         FieldType type;
-        Variant input;
-        Variant expected;  // Empty when an error is expected
+        Variant input, expected;
     } cases[] = {
         {&Regional::esES(), FieldType::Double, Variant("12,5"), Variant(12.5)},
         {&Regional::enUS(), FieldType::Double, Variant("12,5"), Variant(125.0)},
