@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -14,33 +15,23 @@
 namespace hist::tools {
 namespace {
 
-using frame::DefinedSizeForm;
 using frame::FilterForm;
-using frame::KeyForm;
 using test::control;
 using test::errorOf;
 
-// One field of each type the builder tells apart: Codigo text(20), Cantidad double,
-// Numero 32-bit integer, Facturado 16-bit integer, Fecha date, P11 boolean,
-// Comentarios long text. The tables are empty: the builder needs no rows.
-constexpr const char* kAllTypes =
-    "SELECT L.Codigo, L.Cantidad, L.Numero, L.Facturado, L.Fecha, O.P11, C.Comentarios "
-    "FROM HOrdenes_Lineas AS L, HOrdenes_Odontograma AS O, HOrdenes_Comentarios AS C";
+using test::kAllTypes;
 
-constexpr frame::ClassVariants kBase = test::toolVariants("ClsPruebaBase", "HOrdenes_Lineas", kAllTypes,
-                                                          FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
-constexpr frame::ClassVariants kWide = test::toolVariants(
-    "ClsPruebaDocumento", "HOrdenes_Lineas", kAllTypes, FilterForm::WideRange, DefinedSizeForm::Table, KeyForm::Table);
-constexpr frame::ClassVariants kOrders = test::toolVariants(
-    "ClsPruebaOrdenes", "HOrdenes_Lineas", kAllTypes, FilterForm::Orders, DefinedSizeForm::Table, KeyForm::Table);
+constexpr frame::ClassVariants kBase = test::toolVariants("ClsPruebaBase", "HOrdenes_Lineas", kAllTypes);
+constexpr frame::ClassVariants kWide =
+    test::toolVariants("ClsPruebaDocumento", "HOrdenes_Lineas", kAllTypes, FilterForm::WideRange);
+constexpr frame::ClassVariants kOrders =
+    test::toolVariants("ClsPruebaOrdenes", "HOrdenes_Lineas", kAllTypes, FilterForm::Orders);
 
 class CreateFilterTest : public test::ToolsFixture {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
-        open(base);
-        open(wide);
-        open(orders);
+        for (auto* c : {&base, &wide, &orders}) open(*c);
     }
 
     static std::string build(frame::RecordClass& cls, const std::shared_ptr<StandInControl>& ctl,
@@ -220,27 +211,22 @@ TEST_F(CreateFilterTest, TheOrdersFormCountsShortIntegersAndReadsCombosThreeWays
 }
 
 TEST_F(CreateFilterTest, LookupFailuresPassToTheCaller) {
-    std::string iType;
     auto unbound = std::make_shared<StandInControl>(ControlKind::TextBox);
     unbound->define("Text", "Ana");
-    Variant v(unbound);
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(v, iType); }), 438);
-
-    Variant unknown(control(ControlKind::TextBox, "Nada", {{"Text", "Ana"}}));
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(unknown, iType); }), 3265);
-
-    // A bound combo on a boolean must have "Value".
-    Variant noValue(control(ControlKind::DataCombo, "P11", {{"Text", "Sí"}, {"BoundText", "-1"}}));
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(noValue, iType); }), 438);
-
-    Variant text("Ana");
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(text, iType); }), 424);
-    Variant nothing = Variant::nothing();
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(nothing, iType); }), 91);
-
     frame::RecordClass closed{kBase};
-    Variant box(control(ControlKind::TextBox, "Codigo", {{"Text", "Ana"}}));
-    EXPECT_EQ(errorOf([&] { closed.CreateFilter(box, iType); }), 91);
+    const std::vector<std::tuple<const char*, frame::RecordClass*, Variant, long>> cases = {
+        {"no DataField", &base, Variant(unbound), 438},
+        {"a field the recordset lacks", &base, Variant(control(ControlKind::TextBox, "Nada", {{"Text", "Ana"}})), 3265},
+        {"a bound combo on a boolean must have Value", &base,
+         Variant(control(ControlKind::DataCombo, "P11", {{"Text", "Sí"}, {"BoundText", "-1"}})), 438},
+        {"a text", &base, Variant("Ana"), 424},
+        {"Nothing", &base, Variant::nothing(), 91},
+        {"a class never opened", &closed, Variant(control(ControlKind::TextBox, "Codigo", {{"Text", "Ana"}})), 91},
+    };
+    for (auto [what, cls, v, number] : cases) {
+        std::string iType;
+        EXPECT_EQ(errorOf([&] { cls->CreateFilter(v, iType); }), number) << what;
+    }
 }
 
 // A control of a script host: no platform Control, reached by late binding only.
@@ -280,13 +266,11 @@ TEST_F(CreateFilterTest, AnObjectThatIsNoPlatformControlIsReadByName) {
 
 // The conditions are the recordset's own dialect: joined, they filter real rows.
 constexpr frame::ClassVariants kLines = test::toolVariants(
-    "ClsPruebaLineas", "HOrdenes_Lineas", "SELECT Codigo, Cantidad, Numero, Fecha FROM HOrdenes_Lineas",
-    FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+    "ClsPruebaLineas", "HOrdenes_Lineas", "SELECT Codigo, Cantidad, Numero, Fecha FROM HOrdenes_Lineas");
 
 TEST_F(CreateFilterTest, JoinedConditionsFilterTheRecordset) {
-    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Ana', 1, 10, #2003-02-01#)");
-    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Anabel', 5, 11, #2003-02-03#)");
-    exec("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES ('Berta', 9, 12, #2003-02-05#)");
+    for (const char* values : {"'Ana', 1, 10, #2003-02-01#", "'Anabel', 5, 11, #2003-02-03#", "'Berta', 9, 12, #2003-02-05#"})
+        exec(std::string("INSERT INTO HOrdenes_Lineas (Codigo, Cantidad, Numero, Fecha) VALUES (") + values + ")");
     frame::RecordClass lines{kLines};
     open(lines);
     auto& rs = *lines.primaryRecordset();

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -19,10 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(ListingText, Windows1252Bytes) {
-    struct Case {
-        std::string utf8, ansi;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::pair<std::string, std::string>> cases = {
         {"plain <b> & \"q\"", "plain <b> & \"q\""},
         {"Código año Ávila ü", "C\xF3" "digo a\xF1o \xC1vila \xFC"},
         {"\xC2\xA0\xC3\xBF", "\xA0\xFF"},                       // U+00A0 and U+00FF
@@ -34,18 +32,15 @@ TEST(ListingText, Windows1252Bytes) {
         {"a\xFF" "b\xC3", "a?b?"},                              // no valid UTF-8
         {"", ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& [utf8, ansi] : cases) {
         std::string out = "x";
-        appendAnsi(out, c.utf8);
-        EXPECT_EQ(out, "x" + c.ansi) << c.utf8;
+        appendAnsi(out, utf8);
+        EXPECT_EQ(out, "x" + ansi) << utf8;
     }
 }
 
 TEST(ListingText, UpperCaseOneCharacterForOne) {
-    struct Case {
-        std::string in, out;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::pair<std::string, std::string>> cases = {
         {"Código", "CÓDIGO"},
         {"descripción ñandú", "DESCRIPCIÓN ÑANDÚ"},
         {"straße", "STRAßE"},  // no ß to SS: one code point for one
@@ -53,7 +48,7 @@ TEST(ListingText, UpperCaseOneCharacterForOne) {
         {"ÿ", "Ÿ"},
         {"a\xFFz", "A\xFFZ"},  // a byte that is no UTF-8 stays
     };
-    for (const Case& c : cases) EXPECT_EQ(upperCase(c.in), c.out) << c.in;
+    for (const auto& [in, out] : cases) EXPECT_EQ(upperCase(in), out) << in;
 }
 
 class OutputFileTest : public ::testing::Test {
@@ -95,7 +90,7 @@ TEST_F(OutputFileTest, LargeOutputGoesOutWhole) {
     EXPECT_EQ(fs::file_size(p), 3000u * 1001u);
 }
 
-TEST_F(OutputFileTest, AFailureLeavesWhatWasWritten) {
+TEST_F(OutputFileTest, AFailureLeavesWhatWasWrittenAndAMissingFolderIsPathNotFound) {
     const fs::path p = dir_ / "part.htm";
     try {
         OutputFile f(p.string(), "Prueba");
@@ -104,21 +99,17 @@ TEST_F(OutputFileTest, AFailureLeavesWhatWasWritten) {
     } catch (const Error&) {
     }
     EXPECT_EQ(read(p), "<HTML>\r\n<TR>");
-}
 
-TEST_F(OutputFileTest, AMissingFolderIsPathNotFound) {
-    try {
-        OutputFile f((dir_ / "no" / "a.htm").string(), "ClsPrueba");
-        ADD_FAILURE() << "opened a file in a missing folder";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), 76);
-        EXPECT_EQ(e.source(), "ClsPrueba");
-    }
-    try {
-        OutputFile f(dir_.string(), "ClsPrueba");  // a folder, not a file
-        ADD_FAILURE() << "opened a folder for output";
-    } catch (const Error& e) {
-        EXPECT_EQ(e.number(), 75);
+    // A missing folder, then a folder where a file should be.
+    const std::vector<std::pair<fs::path, long>> cases = {{dir_ / "no" / "a.htm", 76}, {dir_, 75}};
+    for (const auto& [path, number] : cases) {
+        try {
+            OutputFile f(path.string(), "ClsPrueba");
+            ADD_FAILURE() << "opened " << path;
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), number);
+            EXPECT_EQ(e.source(), "ClsPrueba");
+        }
     }
 }
 

@@ -16,20 +16,18 @@ namespace {
 using frame::DefinedSizeForm;
 using frame::FilterForm;
 using frame::KeyForm;
-using test::errorOf;
 
+// A class of the given table in a permission group.
+constexpr frame::ClassVariants inGroup(std::string_view cls, std::string_view table, std::string_view select,
+                                       std::string_view group) {
+    return test::toolVariants(cls, table, select, FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table, group);
+}
 constexpr frame::ClassVariants kVentas =
-    test::toolVariants("ClsPruebaVentas", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios",
-                       FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table, "Facturas");
-constexpr frame::ClassVariants kRecibos =
-    test::toolVariants("ClsPruebaRecibos", "Recibos", "SELECT Id FROM Recibos", FilterForm::Base,
-                       DefinedSizeForm::Table, KeyForm::Table, "Facturas");
+    inGroup("ClsPruebaVentas", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios", "Facturas");
+constexpr frame::ClassVariants kRecibos = inGroup("ClsPruebaRecibos", "Recibos", "SELECT Id FROM Recibos", "Facturas");
 constexpr frame::ClassVariants kOrdenes =
-    test::toolVariants("ClsPruebaOrdenes", "HOrdenes_Comentarios", "SELECT Id FROM HOrdenes_Comentarios",
-                       FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table, "HOrdenes");
-constexpr frame::ClassVariants kSinGrupo =
-    test::toolVariants("ClsPruebaSinGrupo", "Recibos", "SELECT Id FROM Recibos", FilterForm::Base,
-                       DefinedSizeForm::Table, KeyForm::Table, "");
+    inGroup("ClsPruebaOrdenes", "HOrdenes_Comentarios", "SELECT Id FROM HOrdenes_Comentarios", "HOrdenes");
+constexpr frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos", "SELECT Id FROM Recibos", "");
 
 class Permissions : public test::ToolsFixture {
 protected:
@@ -50,8 +48,8 @@ TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
     EXPECT_EQ(permissionKey(ventas), "SOFTWARE\\Laboratorio\\Archivo\\1.4\\Seguridad\\Seguridad\\Facturas\\");
 }
 
-TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnly) {
-    frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes};
+TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded) {
+    frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes}, sinGrupo{kSinGrupo};
     EXPECT_TRUE(allowed(ventas, "Borrar"));
     ASSERT_EQ(rights({"deny", "ana", "Facturas", "Borrar"}), 0);
 
@@ -63,11 +61,8 @@ TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnly) {
 
     ASSERT_EQ(rights({"allow", "ana", "Facturas", "Borrar"}), 0);
     EXPECT_TRUE(allowed(ventas, "Borrar"));
-}
 
-TEST_F(Permissions, AClassWithoutAGroupIsAnError) {
-    frame::RecordClass sinGrupo{kSinGrupo};
-    EXPECT_EQ(errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);
+    EXPECT_EQ(test::errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);
 }
 
 }  // namespace

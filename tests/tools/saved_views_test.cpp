@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ado/recordset.hpp"
@@ -14,16 +15,11 @@
 namespace hist::tools {
 namespace {
 
-using frame::DefinedSizeForm;
-using frame::FilterForm;
-using frame::KeyForm;
 using test::errorOf;
 
 constexpr const char* kSelect =
     "SELECT Id, Codigo, Comentarios, Fecha, Descripcion AS [Mi campo] FROM HOrdenes_Comentarios";
-
-constexpr frame::ClassVariants kPlain = test::toolVariants("ClsPruebaVistas", "HOrdenes_Comentarios", kSelect,
-                                                           FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+constexpr frame::ClassVariants kPlain = test::toolVariants("ClsPruebaVistas", "HOrdenes_Comentarios", kSelect);
 
 constexpr frame::ClassVariants withOrder(frame::ClassVariants v, bool onIniciaRs, bool onRequery) {
     v.orderOnIniciaRs = onIniciaRs;
@@ -40,12 +36,10 @@ class SavedViews : public test::ToolsFixture {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
-        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
-             "VALUES (1, 7, 'b', 'y', #2026-01-02#)");
-        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
-             "VALUES (2, 7, 'c', 'x', #2026-01-03#)");
-        exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) "
-             "VALUES (3, 8, 'a', 'z', #2026-01-01#)");
+        for (const char* values : {"1, 7, 'b', 'y', #2026-01-02#", "2, 7, 'c', 'x', #2026-01-03#",
+                                   "3, 8, 'a', 'z', #2026-01-01#"})
+            exec(std::string("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion, Fecha) VALUES (") +
+                 values + ")");
     }
 
     // A value as the store holds it under a key path, read past the class.
@@ -55,13 +49,12 @@ protected:
         return store.LeerValor(Variant(name), absent);
     }
 
+    // Opens under a keyword; the selection is document 7 of 2026-01-02.
     static void open(frame::RecordClass& cls, const std::string& keyword) {
-        frame::ConnPtr cn;
-        std::string key = keyword;
-        Variant id(int32_t{7});
-        DateValue fecha{rt::dateSerial(2026, 1, 2)};
-        cls.IniciaRs(cn, key, id, fecha);
+        TempArchive::open(cls, keyword, Variant(int32_t{7}), DateValue{rt::dateSerial(2026, 1, 2)});
     }
+    // The order saved under the "todos" view, as "<index>|<mode>".
+    static std::string savedOrder() { return stored(kTodos, "IndexOrderField") + "|" + stored(kTodos, "Mode"); }
 
     // The Id of each row in the order the recordset shows them.
     static std::string ids(frame::RecordClass& cls) {
@@ -77,7 +70,8 @@ protected:
     }
 };
 
-TEST_F(SavedViews, NothingSavedReadsAsTheDefaults) {
+TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
+    // Nothing saved reads as the defaults.
     frame::RecordClass cls{kPlain};
     EXPECT_EQ(cls.GetFilter("todos"), "");
     int16_t index = 7;
@@ -85,10 +79,7 @@ TEST_F(SavedViews, NothingSavedReadsAsTheDefaults) {
     cls.GetOrder(index, mode, "todos");
     EXPECT_EQ(index, 0);
     EXPECT_EQ(mode, "");
-}
 
-TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
-    frame::RecordClass cls{kPlain};
     std::string criteria = "Codigo = 7", key = "todos";
     cls.SetFilter(criteria, key);
     EXPECT_EQ(stored(kTodos, "Criteria"), "Codigo = 7");
@@ -100,8 +91,7 @@ TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
 
     // Another table is another key.
     constexpr frame::ClassVariants kOther =
-        test::toolVariants("ClsOtra", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios",
-                           FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+        test::toolVariants("ClsOtra", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios");
     frame::RecordClass other{kOther};
     EXPECT_EQ(other.GetFilter("todos"), "");
 
@@ -120,70 +110,48 @@ TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
     EXPECT_EQ(cls.GetFilter("todos"), "Codigo = 7");
 }
 
-TEST_F(SavedViews, SetOrderSortsByTheFieldAndModeThenSaves) {
+TEST_F(SavedViews, SetOrderSortsByTheFieldAndModeThenSavesAndSavesNothingItCouldNotApply) {
     frame::RecordClass cls{kPlain};
     open(cls, "todos");
-    int16_t index = 3;
-    std::string mode = " DESC", key = "todos";
-    cls.SetOrder(index, mode, key);
-    EXPECT_EQ(cls.primaryRecordset()->Sort(), "Fecha DESC");
-    EXPECT_EQ(ids(cls), "213");
-    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "3");
-    EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
-
-    int16_t readIndex = 0;
-    std::string readMode;
-    cls.GetOrder(readIndex, readMode, "Todos");
-    EXPECT_EQ(readIndex, 3);
-    EXPECT_EQ(readMode, " DESC");
-
+    std::string key = "todos";
     // A name with a blank goes in as it stands.
-    index = 4;
-    mode = "";
-    cls.SetOrder(index, mode, key);
-    EXPECT_EQ(cls.primaryRecordset()->Sort(), "Mi campo");
-    EXPECT_EQ(ids(cls), "213");
-    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "4");
-    EXPECT_EQ(stored(kTodos, "Mode"), "");
-}
-
-TEST_F(SavedViews, SetOrderSavesNothingItCouldNotApply) {
-    frame::RecordClass cls{kPlain};
-    open(cls, "todos");
-    int16_t index = 2;
-    std::string mode = " DESC", key = "todos";
-    cls.SetOrder(index, mode, key);
-    ASSERT_EQ(stored(kTodos, "IndexOrderField"), "2");
+    const std::vector<std::tuple<int16_t, std::string, std::string>> orders = {
+        {3, " DESC", "Fecha DESC"}, {4, "", "Mi campo"}, {2, " DESC", "Comentarios DESC"}};
+    for (auto [index, mode, sort] : orders) {
+        const std::string saved = std::to_string(index) + "|" + mode;
+        cls.SetOrder(index, mode, key);
+        EXPECT_EQ(cls.primaryRecordset()->Sort(), sort);
+        EXPECT_EQ(ids(cls), "213");
+        EXPECT_EQ(savedOrder(), saved);
+        int16_t readIndex = 0;
+        std::string readMode;
+        cls.GetOrder(readIndex, readMode, "Todos");
+        EXPECT_EQ(std::to_string(readIndex) + "|" + readMode, saved);
+    }
 
     struct Case {
         const char* what;
         int16_t index;
         std::string mode;
-        long error;
     };
     const std::vector<Case> cases = {
-        {"past the last field", 5, "", 3265},
-        {"before the first field", -1, "", 3265},
-        {"a mode the recordset refuses", 1, " SIDEWAYS", 3265},
+        {"past the last field", 5, ""},
+        {"before the first field", -1, ""},
+        {"a mode the recordset refuses", 1, " SIDEWAYS"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        int16_t i = c.index;
-        std::string m = c.mode;
-        EXPECT_EQ(errorOf([&] { cls.SetOrder(i, m, key); }), c.error);
-        EXPECT_EQ(stored(kTodos, "IndexOrderField"), "2");
-        EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
+    for (auto c : cases) {
+        EXPECT_EQ(errorOf([&] { cls.SetOrder(c.index, c.mode, key); }), 3265) << c.what;
+        EXPECT_EQ(savedOrder(), "2| DESC") << c.what;
     }
 
     // An empty selection neither sorts nor saves.
     frame::RecordClass none{kPlain};
     open(none, "ninguno");
-    index = 0;
-    mode = "";
+    int16_t index = 0;
+    std::string mode;
     none.SetOrder(index, mode, key);
     EXPECT_EQ(none.primaryRecordset()->Sort(), "");
-    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "2");
-    EXPECT_EQ(stored(kTodos, "Mode"), " DESC");
+    EXPECT_EQ(savedOrder(), "2| DESC");
 }
 
 TEST_F(SavedViews, AStoredIndexThatIsNoNumberFailsGetOrder) {
@@ -219,8 +187,7 @@ TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
     frame::RecordClass restoring{kRestoring};
     open(restoring, "");
     EXPECT_EQ(restoring.primaryRecordset()->Sort(), "Id");
-    EXPECT_EQ(stored(kTodos, "IndexOrderField"), "0");
-    EXPECT_EQ(stored(kTodos, "Mode"), "");
+    EXPECT_EQ(savedOrder(), "0|");
 
     int16_t index = 2;
     std::string mode = " DESC", key = "Todos";

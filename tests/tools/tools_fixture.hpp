@@ -31,6 +31,14 @@
 
 namespace hist::test {
 
+// One field of each type the tools tell apart: Codigo text(20), Cantidad double
+// (precision 15), Numero 32-bit integer (precision 10), Facturado 16-bit integer,
+// Fecha date (precision 255), P11 boolean, Comentarios long text. The tables are
+// empty unless a test fills them.
+constexpr const char* kAllTypes =
+    "SELECT L.Codigo, L.Cantidad, L.Numero, L.Facturado, L.Fecha, O.P11, C.Comentarios "
+    "FROM HOrdenes_Lineas AS L, HOrdenes_Odontograma AS O, HOrdenes_Comentarios AS C";
+
 // A variant table for a test class: the given selection and tool forms, the
 // common forms everywhere else.
 constexpr frame::ClassVariants toolVariants(std::string_view className, std::string_view table,

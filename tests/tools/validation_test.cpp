@@ -13,26 +13,19 @@ namespace {
 using frame::DefinedSizeForm;
 using frame::FilterForm;
 using frame::KeyForm;
+using test::kAllTypes;
 using test::control;
 using test::errorOf;
 
-// Codigo text(20), Cantidad double (precision 15), Numero long (precision 10),
-// Facturado 16-bit integer, Fecha date (precision 255), P11 boolean, Comentarios
-// long text.
-constexpr const char* kFields =
-    "SELECT L.Codigo, L.Cantidad, L.Numero, L.Facturado, L.Fecha, O.P11, C.Comentarios "
-    "FROM HOrdenes_Lineas AS L, HOrdenes_Odontograma AS O, HOrdenes_Comentarios AS C";
-
-constexpr frame::ClassVariants kTable = test::toolVariants("ClsPruebaTabla", "HOrdenes_Lineas", kFields,
-                                                           FilterForm::Base, DefinedSizeForm::Table, KeyForm::Table);
+constexpr frame::ClassVariants kTable = test::toolVariants("ClsPruebaTabla", "HOrdenes_Lineas", kAllTypes);
 constexpr frame::ClassVariants kComments =
-    test::toolVariants("ClsPruebaComentarios", "HOrdenes_Lineas", kFields, FilterForm::Base,
+    test::toolVariants("ClsPruebaComentarios", "HOrdenes_Lineas", kAllTypes, FilterForm::Base,
                        DefinedSizeForm::LongTextConstant, KeyForm::Table);
 constexpr frame::ClassVariants kWhole =
-    test::toolVariants("ClsPruebaPrecision", "HOrdenes_Lineas", kFields, FilterForm::Base,
+    test::toolVariants("ClsPruebaPrecision", "HOrdenes_Lineas", kAllTypes, FilterForm::Base,
                        DefinedSizeForm::WholePrecision, KeyForm::WholePrecision);
 constexpr frame::ClassVariants kLines =
-    test::toolVariants("ClsPruebaSeleccion", "HOrdenes_Lineas", kFields, FilterForm::Base, DefinedSizeForm::Table,
+    test::toolVariants("ClsPruebaSeleccion", "HOrdenes_Lineas", kAllTypes, FilterForm::Base, DefinedSizeForm::Table,
                        KeyForm::SelectionReplaces);
 
 class ValidationTest : public test::ToolsFixture {
@@ -118,7 +111,7 @@ TEST_F(ValidationTest, KeysByTypeRoomAndForm) {
     }
 }
 
-TEST_F(ValidationTest, ControlKeysPassWithoutLookingAtTheField) {
+TEST_F(ValidationTest, ControlKeysPassWithoutLookingAtTheFieldAndUnknownFieldsFail) {
     Variant unbound(std::make_shared<StandInControl>(ControlKind::TextBox));
     EXPECT_TRUE(table.ValidaKey(unbound, 8));
     EXPECT_TRUE(lines.ValidaKey(unbound, 13));
@@ -127,6 +120,11 @@ TEST_F(ValidationTest, ControlKeysPassWithoutLookingAtTheField) {
     Variant noSelection(control(ControlKind::TextBox, "Codigo", {{"Text", "a"}}));
     EXPECT_TRUE(table.ValidaKey(noSelection, 97));
     EXPECT_EQ(errorOf([&] { lines.ValidaKey(noSelection, 97); }), 438);
+    // A field the recordset lacks fails each member.
+    Variant b = box("Nada", "1");
+    EXPECT_EQ(errorOf([&] { table.ValidaDefinedSize(b); }), 3265);
+    EXPECT_EQ(errorOf([&] { table.ValidaKey(b, 48); }), 3265);
+    EXPECT_EQ(errorOf([&] { table.ValidaValue(b); }), 3265);
 }
 
 TEST_F(ValidationTest, ValuesByType) {
@@ -155,13 +153,6 @@ TEST_F(ValidationTest, ValuesByType) {
         Variant b = box(c.field, c.text);
         EXPECT_EQ(table.ValidaValue(b), c.valid);
     }
-}
-
-TEST_F(ValidationTest, AFieldTheRecordsetLacksFailsEachMember) {
-    Variant b = box("Nada", "1");
-    EXPECT_EQ(errorOf([&] { table.ValidaDefinedSize(b); }), 3265);
-    EXPECT_EQ(errorOf([&] { table.ValidaKey(b, 48); }), 3265);
-    EXPECT_EQ(errorOf([&] { table.ValidaValue(b); }), 3265);
 }
 
 }  // namespace
