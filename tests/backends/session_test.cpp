@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <fstream>
 #include <iterator>
-#include <sqlite3.h>
 
 #include "archive_fixture.hpp"
 #include "platform/error.hpp"
@@ -29,25 +28,9 @@ long errorNumber(const std::function<void()>& f, std::string* description = null
 }
 
 TEST_F(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
-    sqlite3* raw = nullptr;
-    ASSERT_EQ(sqlite3_open(archive.path().c_str(), &raw), SQLITE_OK);
-    for (const auto& t : sql::catalog().tables()) {
-        for (const auto& c : t.columns) {
-            const char* decl = nullptr;
-            const char* coll = nullptr;
-            int notNull = 0, pk = 0, autoinc = 0;
-            ASSERT_EQ(sqlite3_table_column_metadata(raw, "main", t.name.c_str(), c.name.c_str(), &decl, &coll,
-                                                    &notNull, &pk, &autoinc),
-                      SQLITE_OK)
-                << t.name << "." << c.name;
-            std::string declared = c.declaredType();
-            EXPECT_EQ(declared.substr(0, declared.find(" COLLATE")), decl) << t.name << "." << c.name;
-            if (c.isText()) {
-                EXPECT_STREQ(coll, sql::kTextCollation) << t.name << "." << c.name;
-            }
-        }
-    }
-    sqlite3_close(raw);
+    // Every table and index as the catalog declares it: column types, collations, keys, defaults.
+    EXPECT_EQ(testing::rawExec(archive.path(), "SELECT sql || ';' FROM sqlite_schema WHERE sql NOT NULL ORDER BY rowid"),
+              sql::catalog().ddl());
     EXPECT_EQ(testing::rawExec(archive.path(), "PRAGMA journal_mode"), "wal\n");
     // Reopening an existing archive keeps its rows.
     s->execute("INSERT INTO Articulos (Codigo, Recargo) VALUES ('A1', 2.5)");
@@ -117,28 +100,18 @@ TEST_F(SqliteSession, TextComparesWithoutCaseAcrossUnicode) {
     for (const char* v : {"Élan", "CERRADA", "Fabricación", "c01", "C02", "Ñandú"})
         s->execute(std::string("INSERT INTO HOrdenes_Fases (ID, Descripcion) VALUES (") +
                    std::to_string(s->lastInsertRowId() + 1) + ", '" + v + "')");
-    struct Case {
-        const char* where;
-        size_t rows;
-    };
-    const Case cases[] = {
+    // The patterns themselves are the text matcher's (tests/sql); here, that the engine uses it and the collation.
+    const std::pair<const char*, size_t> cases[] = {
         {"Descripcion = 'élan'", 1},
         {"Descripcion = 'ELAN'", 0},  // accents are kept apart
         {"Descripcion <> 'Cerrada'", 5},
-        {"Descripcion Like 'é*'", 1},
-        {"Descripcion Like 'é%'", 1},
-        {"Descripcion Like 'C?2'", 1},
-        {"Descripcion Like 'c_1'", 1},
-        {"Descripcion Like 'C#1'", 1},
-        {"Descripcion Like 'c0[12]'", 2},
-        {"Descripcion Like '[!c]*'", 3},
-        {"Descripcion Like 'ñAND*'", 1},
-        {"Descripcion Like '*ción'", 1},
         {"Descripcion > 'c02'", 4},
+        {"Descripcion Like 'é*'", 1},
+        {"Descripcion Like 'c0[12]'", 2},
         {"ID Like '1'", 1},  // Like on a number column compares its text
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(rows(std::string("SELECT ID FROM HOrdenes_Fases WHERE ") + c.where).size(), c.rows) << c.where;
+    for (const auto& [where, n] : cases)
+        EXPECT_EQ(rows(std::string("SELECT ID FROM HOrdenes_Fases WHERE ") + where).size(), n) << where;
     auto sorted = rows("SELECT Descripcion FROM HOrdenes_Fases ORDER BY Descripcion");
     ASSERT_EQ(sorted.size(), 6u);
     EXPECT_EQ(sorted[0][0] + " " + sorted[1][0], "c01 C02");
@@ -158,11 +131,7 @@ TEST_F(SqliteSession, NestedTransactions) {
     EXPECT_EQ(rows("SELECT Codigo FROM Articulos ORDER BY Codigo"), (Rows{{"A", "1"}, {"C", "2"}}));
     s->rollback();
     EXPECT_EQ(s->depth(), 0);
-    EXPECT_TRUE(rows("SELECT Codigo FROM Articulos").empty());
-    s->begin();
-    add("D");
-    s->commit();
-    EXPECT_EQ(rows("SELECT Codigo FROM Articulos").size(), 1u);
+    EXPECT_TRUE(rows("SELECT Codigo FROM Articulos").empty());  // the committed inner level went with the outer
     EXPECT_NE(errorNumber([&] { s->commit(); }), 0);
 }
 
