@@ -17,23 +17,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A temporary folder that is also the user's data folder, where the main job writes
+// its listing, for as long as the test runs.
 struct TempDir {
     fs::path path;
+    const char* saved = std::getenv("XDG_DATA_HOME");
+    const std::string savedValue = saved ? saved : "";
     TempDir() {
         char tmpl[] = "/tmp/historicos-demo-XXXXXX";
         path = mkdtemp(tmpl);
+        setenv("XDG_DATA_HOME", path.c_str(), 1);
     }
-    ~TempDir() { fs::remove_all(path); }
+    ~TempDir() {
+        services::Configuration::reset();
+        if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
+        else unsetenv("XDG_DATA_HOME");
+        fs::remove_all(path);
+    }
 };
 
 TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     TempDir dir;
     const std::string db = (dir.path / "sub" / "archivo.db").string();
     std::ostringstream out, err;
-    // The listing goes to the user's working folder: keep it inside the test's folder.
-    const char* saved = std::getenv("XDG_DATA_HOME");
-    const std::string savedValue = saved ? saved : "";
-    setenv("XDG_DATA_HOME", dir.path.c_str(), 1);
     ASSERT_EQ(host::demoCommand({"--db", db, "--orders", "300"}, true, out, err), 0) << err.str();
     const std::string text = out.str();
     EXPECT_TRUE(fs::exists(db));
@@ -68,9 +74,6 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     ASSERT_EQ(host::demoCommand({"--db", db}, false, out2, err2), 0) << err2.str();
     EXPECT_EQ(out2.str().find("Creating the sample archive"), std::string::npos);
     EXPECT_TRUE(err2.str().empty()) << err2.str();
-    services::Configuration::reset();
-    if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
-    else unsetenv("XDG_DATA_HOME");
 }
 
 // The listing the main job writes, opened in a real browser: the page parses into a
@@ -96,15 +99,9 @@ TEST(Demo, ListingRendersInAHeadlessBrowser) {
     const char* browser = "/usr/bin/chromium";
     if (!fs::exists(browser)) GTEST_SKIP() << "no " << browser << " (scripts/install-deps installs it)";
     TempDir dir;
-    const char* saved = std::getenv("XDG_DATA_HOME");
-    const std::string savedValue = saved ? saved : "";
-    setenv("XDG_DATA_HOME", dir.path.c_str(), 1);
     std::ostringstream out, err;
-    const int rc = host::demoCommand({"--db", (dir.path / "archivo.db").string(), "--orders", "300"}, false, out, err);
-    services::Configuration::reset();
-    if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
-    else unsetenv("XDG_DATA_HOME");
-    ASSERT_EQ(rc, 0) << err.str();
+    ASSERT_EQ(host::demoCommand({"--db", (dir.path / "archivo.db").string(), "--orders", "300"}, false, out, err), 0)
+        << err.str();
 
     const std::string text = out.str();
     auto at = text.find("Listing of HOrdenes_Comentarios (");
