@@ -320,32 +320,22 @@ TEST_F(Listings, ColumnsMustBeAnObjectAnsweringTheGridMembers) {
 // A class of the document kind (the grid's count, the block of sums) and one that
 // reads its cells by the columns' DataField and keeps no saved order, declared as
 // those classes will declare them.
-constexpr frame::ClassVariants kDocumentLike{
-    .className = "PruebaFacturas",
-    .table = "HFacturas",
-    .selectSql = "SELECT Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos AS total FROM HFacturas",
-    .selectionKey = "Numero",
-    .open = frame::OpenForm::B,
-    .nuevoCodigoColumn = "Numero",
-    .deleteAllKey = "Numero",
-    .convertirSerieKey = "Numero",
-    .updateIdParent = "Numero",
-    .listingWalk = frame::ListingWalk::GridColumns,
-    .listingSums = true,
-};
-
-constexpr frame::ClassVariants kByDataField{
-    .className = "PruebaFases",
-    .table = "HOrdenes_Fases",
-    .selectSql = "SELECT ID, Fase, Cantidad FROM HOrdenes_Fases",
-    .selectionKey = "Codigo",
-    .nuevoCodigoColumn = "ID",
-    .deleteAllKey = "Codigo",
-    .convertirSerieKey = "Codigo",
-    .updateIdParent = "Codigo",
-    .listingWalk = frame::ListingWalk::GridDataField,
-    .listingSavedOrder = false,
-};
+constexpr frame::ClassVariants listingVariants(std::string_view cls, std::string_view table,
+                                               std::string_view select, frame::ListingWalk walk, bool sums,
+                                               bool savedOrder) {
+    frame::ClassVariants v = test::toolVariants(cls, table, select);
+    v.listingWalk = walk;
+    v.listingSums = sums;
+    v.listingSavedOrder = savedOrder;
+    return v;
+}
+constexpr frame::ClassVariants kDocumentLike = listingVariants(
+    "PruebaFacturas", "HFacturas",
+    "SELECT Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos AS total FROM HFacturas",
+    frame::ListingWalk::GridColumns, true, true);
+constexpr frame::ClassVariants kByDataField =
+    listingVariants("PruebaFases", "HOrdenes_Fases", "SELECT ID, Fase, Cantidad FROM HOrdenes_Fases",
+                    frame::ListingWalk::GridDataField, false, false);
 
 TEST_F(Listings, DocumentClassesAddTheirSumsHiddenColumnsIncluded) {
     exec("INSERT INTO HFacturas (Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos) "
