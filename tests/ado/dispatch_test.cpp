@@ -18,56 +18,56 @@ protected:
         done = true;
     }
     Variant get(const ObjectPtr& o, const char* member, Args args = {}) { return call(o, member, args); }
+    void set(const ObjectPtr& o, const char* member, const Variant& v) {
+        Args none;
+        let(o, member, none, v);
+    }
 };
 
 TEST_F(AdoByName, RecordsetMembersAndTheirDefaults) {
     ObjectPtr rs = testing::fabricate({{"Id", FieldType::Integer}, {"Nombre", FieldType::VarWChar}},
                                       {{1LL, "Ana"}, {2LL, "Bruno"}, {3LL, "Carla"}});
-    EXPECT_EQ(get(rs, "recordcount"), Variant(static_cast<int32_t>(3)));
+    EXPECT_EQ(get(rs, "recordcount"), Variant(int32_t{3}));
     EXPECT_EQ(get(rs, "BOF"), Variant(false));
-    Args findArgs{Variant("Nombre = 'carla'")};  // skip, direction and start left out
-    call(rs, "Find", findArgs);
-    EXPECT_EQ(get(rs, "AbsolutePosition"), Variant(static_cast<int32_t>(3)));
+    get(rs, "Find", {Variant("Nombre = 'carla'")});  // skip, direction and start left out
+    EXPECT_EQ(get(rs, "AbsolutePosition"), Variant(int32_t{3}));
     call(rs, "MoveNext");
     EXPECT_EQ(get(rs, "EOF"), Variant(true));
 
-    Args none;
-    let(rs, "Bookmark", none, Variant(1.0));
+    set(rs, "Bookmark", Variant(1.0));
     const ObjectPtr fields = get(rs, "Fields").asObject();
-    EXPECT_EQ(get(fields, "Count"), Variant(static_cast<int32_t>(2)));
+    EXPECT_EQ(get(fields, "Count"), Variant(int32_t{2}));
     const ObjectPtr nombre = get(fields, "Item", {Variant("NOMBRE")}).asObject();
     EXPECT_EQ(get(nombre, "Value"), Variant("Ana"));
-    let(nombre, "Value", none, Variant("Ana María"));
+    set(nombre, "Value", Variant("Ana María"));
     EXPECT_EQ(get(nombre, "OriginalValue"), Variant("Ana"));
-    EXPECT_EQ(get(nombre, "Type"), Variant(static_cast<int32_t>(202)));
-    EXPECT_EQ(get(rs, "EditMode"), Variant(static_cast<int32_t>(1)));
-    EXPECT_EQ(get(rs, "Status"), Variant(static_cast<int32_t>(2)));
+    EXPECT_EQ(get(nombre, "Type"), Variant(int32_t{202}));
+    EXPECT_EQ(get(rs, "EditMode"), Variant(int32_t{1}));
+    EXPECT_EQ(get(rs, "Status"), Variant(int32_t{2}));
 
     call(rs, "MoveNext");
-    Args current{Variant(static_cast<int32_t>(1))};
-    call(rs, "UpdateBatch", current);  // the current row has nothing pending
+    get(rs, "UpdateBatch", {Variant(int32_t{1})});  // the current row has nothing pending
     EXPECT_EQ(errorOf([&] { call(rs, "UpdateBatch"); }), err::InvalidConnection);  // all rows by default
 
-    let(rs, "Sort", none, Variant("Id DESC"));
+    set(rs, "Sort", Variant("Id DESC"));
     EXPECT_EQ(get(rs, "Sort"), Variant("Id DESC"));
-    let(rs, "Filter", none, Variant("Id < 3"));
-    EXPECT_EQ(get(rs, "RecordCount"), Variant(static_cast<int32_t>(2)));
+    set(rs, "Filter", Variant("Id < 3"));
+    EXPECT_EQ(get(rs, "RecordCount"), Variant(int32_t{2}));
     call(rs, "Delete");  // the current row by default
-    EXPECT_EQ(get(rs, "RecordCount"), Variant(static_cast<int32_t>(1)));
-    const ObjectPtr clone = get(rs, "Clone").asObject();
-    EXPECT_EQ(get(clone, "RecordCount"), Variant(static_cast<int32_t>(2)));
-    let(rs, "Filter", none, Variant(static_cast<int32_t>(1)));  // pending: the edited and the deleted row
-    EXPECT_EQ(get(rs, "RecordCount"), Variant(static_cast<int32_t>(2)));
-    EXPECT_EQ(get(rs, "Filter"), Variant(static_cast<int32_t>(1)));
+    EXPECT_EQ(get(rs, "RecordCount"), Variant(int32_t{1}));
+    EXPECT_EQ(get(get(rs, "Clone").asObject(), "RecordCount"), Variant(int32_t{2}));
+    set(rs, "Filter", Variant(int32_t{1}));  // pending: the edited and the deleted row
+    EXPECT_EQ(get(rs, "RecordCount"), Variant(int32_t{2}));
+    EXPECT_EQ(get(rs, "Filter"), Variant(int32_t{1}));
     EXPECT_TRUE(get(rs, "ActiveConnection").isNothing());
 }
 
-TEST_F(AdoByName, ConnectionIsCreatableAndRefusesUseUnopened) {
+TEST_F(AdoByName, ConnectionAndRecordsetAreCreatableAndRefuseUseUnopened) {
     const ObjectPtr cn = Registry::global().create("Connection");
-    EXPECT_EQ(get(cn, "State"), Variant(static_cast<int32_t>(0)));
-    EXPECT_EQ(errorOf([&] { call(cn, "BeginTrans"); }), err::ObjectClosed);
     const ObjectPtr rs = Registry::global().create("Recordset");
-    EXPECT_EQ(get(rs, "State"), Variant(static_cast<int32_t>(0)));
+    EXPECT_EQ(get(cn, "State"), Variant(int32_t{0}));
+    EXPECT_EQ(get(rs, "State"), Variant(int32_t{0}));
+    EXPECT_EQ(errorOf([&] { call(cn, "BeginTrans"); }), err::ObjectClosed);
     EXPECT_EQ(errorOf([&] { call(rs, "MoveFirst"); }), err::ObjectClosed);
 }
 
