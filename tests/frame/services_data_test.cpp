@@ -67,7 +67,7 @@ TEST_F(ServicesData, GetConexionGivesANewOpenConnectionEachCall) {
     EXPECT_THAT(unset.description(), HasSubstr("iBase 2"));
 }
 
-TEST_F(ServicesData, AbrirRsNeverWritesIntoAnUnsetConnection) {
+TEST_F(ServicesData, OnlyEjecutarSqlWritesIntoAnUnsetConnection) {
     exec("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C1', 'Corona', 4)");
     Variant sql("SELECT Codigo, Recargo FROM Articulos WHERE Codigo = 'C1'");
     RsPtr rs;  // unset: the service makes it
@@ -91,12 +91,10 @@ TEST_F(ServicesData, AbrirRsNeverWritesIntoAnUnsetConnection) {
     svc.AbrirRs(4, check, held, cn, 0);
     EXPECT_EQ(held, mine);
     EXPECT_EQ(held->ActiveConnection(), cn);
-}
 
-TEST_F(ServicesData, EjecutarSqlLeavesItsConnectionInAnUnsetVariable) {
-    Variant sql("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C2', 'Puente', 0)");
-    ConnPtr objCn;
-    svc.EjecutarSql(4, sql, objCn);
+    // EjecutarSql, unlike AbrirRs, leaves its connection in an unset variable.
+    Variant ins("INSERT INTO Articulos ( Codigo, Descripcion, Recargo ) VALUES ('C2', 'Puente', 0)");
+    svc.EjecutarSql(4, ins, objCn);  // objCn is still unset
     ASSERT_NE(objCn, nullptr);
     EXPECT_EQ(objCn->State(), 1);
     EXPECT_EQ(objCn->TransactionLevel(), 0);

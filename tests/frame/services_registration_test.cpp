@@ -71,9 +71,8 @@ TEST_F(ServicesRegistration, ByReferenceArgumentsComeBack) {
     ObjectPtr svc = reg.create("ClsServicioDatos");
     Args rpt{Variant(int16_t{4}), Variant(""), Variant(""), Variant("x"), Variant("x"), Variant("x")};
     call(svc, "GetConnectionStrToRpt", rpt);
-    EXPECT_EQ(rpt[1], Variant("sqlite"));
-    EXPECT_EQ(rpt[2], Variant((dir / "archivo.db").string()));
-    EXPECT_EQ(rpt[3], Variant(""));
+    EXPECT_EQ(rpt, (Args{Variant(int16_t{4}), Variant("sqlite"), Variant((dir / "archivo.db").string()), Variant(""),
+                         Variant(""), Variant("")}));
 
     // EjecutarSql fills an unset connection; AbrirRs leaves it unset and fills rs.
     Args ex{Variant(int16_t{4}),
@@ -100,9 +99,7 @@ TEST_F(ServicesRegistration, ByReferenceArgumentsComeBack) {
     EXPECT_NE(save[4].objectAs<ado::Connection>(), nullptr);
     Args read{Variant("HAlbaranes"), Variant(0.0), Variant(0.0), Variant(0.0), Variant::nothing()};
     call(counters, "LeerSeries", read);
-    EXPECT_EQ(read[1], Variant(5.0));
-    EXPECT_EQ(read[2], Variant(10005.0));
-    EXPECT_EQ(read[3], Variant(25005.0));
+    EXPECT_EQ(Args(read.begin() + 1, read.begin() + 4), (Args{Variant(5.0), Variant(10005.0), Variant(25005.0)}));
 
     // A connection argument that is not a connection is a type mismatch.
     Args wrong{Variant(int16_t{4}), Variant("DELETE FROM Articulos WHERE Codigo = 'K1'"),

@@ -33,12 +33,8 @@ protected:
 };
 
 TEST_F(ServicesRights, KeysAreBuiltFromTheApplicationIdentity) {
-    AppIdentity app;
-    EXPECT_EQ(securityKey(app), "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\");
-    app.companyName = "Dental Sur";
-    app.productName = "Gestion";
-    app.major = 3;
-    app.minor = 12;
+    EXPECT_EQ(securityKey(AppIdentity{}), "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Seguridad\\");
+    const AppIdentity app{.companyName = "Dental Sur", .productName = "Gestion", .major = 3, .minor = 12, .path = {}};
     // The classes append "Seguridad\<group>\" to what GetRutaSeguridad returns, so
     // the word stands twice.
     EXPECT_EQ(groupKey(app, "Facturas"), "SOFTWARE\\Dental Sur\\Gestion\\3.12\\Seguridad\\Seguridad\\Facturas\\");

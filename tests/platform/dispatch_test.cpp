@@ -93,9 +93,7 @@ TEST_F(DispatchTest, ByReferenceArgumentsComeBackToTheCaller) {
     // the by-value argument is left as the caller passed it.
     Args fill{Variant(std::string()), Variant(int32_t{2}), Variant(std::string("3"))};
     call(*probe, "Fill", fill);
-    EXPECT_EQ(fill[0], Variant(std::string("todos")));
-    EXPECT_EQ(fill[1], Variant(int16_t{5}));
-    EXPECT_EQ(fill[2], Variant(std::string("3")));
+    EXPECT_EQ(fill, (Args{Variant(std::string("todos")), Variant(int16_t{5}), Variant(std::string("3"))}));
 }
 
 TEST_F(DispatchTest, OmittedOptionalArgumentsTakeTheirDefaults) {
@@ -104,8 +102,7 @@ TEST_F(DispatchTest, OmittedOptionalArgumentsTakeTheirDefaults) {
         std::string expected;
     };
     const Case cases[] = {
-        {{}, "missing||T"},
-        {{Variant(int32_t{1})}, "given||T"},
+        {{}, "missing||T"}, {{Variant(int32_t{1})}, "given||T"},
         {{Variant::missing(), Variant(std::string("x"))}, "missing|x|T"},
         {{Variant::missing(), Variant::missing(), Variant(false)}, "missing||F"},
         // An Empty Boolean is not an omitted one: it converts to False.
