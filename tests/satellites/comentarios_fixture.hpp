@@ -10,6 +10,7 @@
 
 #include "ado/recordset.hpp"
 #include "frame/services/data_service.hpp"
+#include "satellites/comentarios.hpp"
 #include "tools/tools_fixture.hpp"
 
 namespace hist::test {
@@ -38,7 +39,16 @@ private:
     std::vector<Entry> entries_;
 };
 
-class ArchiveFixture : public TempArchive {
+// One object of each comment class; they touch nothing until they are opened, so
+// they can be made before the test's archive is.
+struct CommentClasses {
+    satellites::ClsOrdenesComentarios ordenes;
+    satellites::ClsPedidosCliComent pedidos;
+    satellites::ClsAlbaranesComentarios albaranes;
+    satellites::ClsFacturasComentarios facturas;
+};
+
+class ArchiveFixture : public TempArchive, public CommentClasses {
 protected:
     void SetUp() override {
         TempArchive::SetUp();

@@ -22,10 +22,6 @@ class Comments : public test::ArchiveFixture {};
 // ------------------------------------------------------------ statements
 
 TEST_F(Comments, IniciaRsComposesTheSelectionOfEachKeyword) {
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
-    ClsAlbaranesComentarios albaranes;
-    ClsFacturasComentarios facturas;
     const std::string orders =
         "SELECT Id, Codigo AS Código, Comentarios, Descripcion as Descripción, Fecha FROM HOrdenes_Comentarios";
     const std::string invoices = "SELECT Id, Codigo AS Código, Comentarios, fecha FROM HFacturas_Comentarios";
@@ -57,9 +53,6 @@ TEST_F(Comments, IniciaRsComposesTheSelectionOfEachKeyword) {
 }
 
 TEST_F(Comments, StatementMembersComposeTheDescribedTexts) {
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
-    ClsAlbaranesComentarios albaranes;
     frame::ConnPtr cn;
     std::string coment = "Bien", desc = "Color A2", salida;
     DateValue fecha = kFecha;
@@ -91,9 +84,6 @@ TEST_F(Comments, StatementMembersComposeTheDescribedTexts) {
 TEST_F(Comments, NuevoCodigoNumbersWithinTheOrderOrAcrossTheTable) {
     exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios) VALUES (4, 7, 'a')");
     exec("INSERT INTO HPedidos_Clientes_Comentarios (Id, Codigo, Comentarios) VALUES (11, 3, 'a')");
-    ClsOrdenesComentarios ordenes;
-    ClsFacturasComentarios facturas;
-    ClsPedidosCliComent pedidos;
     frame::ConnPtr cn;
     EXPECT_EQ(ordenes.NuevoCodigo(k7, cn), Variant(int32_t{5}));
     EXPECT_EQ(ordenes.NuevoCodigo(Variant(int32_t{8}), cn), Variant(int16_t{1}));  // first of its order
@@ -103,7 +93,6 @@ TEST_F(Comments, NuevoCodigoNumbersWithinTheOrderOrAcrossTheTable) {
 }
 
 TEST_F(Comments, InsertarFillsAnUnsetConnectionAndAnApostropheBreaksTheStatement) {
-    ClsAlbaranesComentarios albaranes;
     frame::ConnPtr cn;
     std::string coment = "Sin prisa", roto = "D'Angelo";
     DateValue fecha = kFecha;
@@ -119,8 +108,6 @@ TEST_F(Comments, ObtenerReadsTheLastOrTheFirstCommentAndLeavesNullsAlone) {
     exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Descripcion) VALUES (2, 7, 'dos', NULL)");
     exec("INSERT INTO HPedidos_Clientes_Comentarios (Id, Codigo, Comentarios) VALUES (1, 7, 'primero')");
     exec("INSERT INTO HPedidos_Clientes_Comentarios (Id, Codigo, Comentarios) VALUES (2, 7, 'segundo')");
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
     frame::ConnPtr cn;
     std::string coment = "previo", desc = "previa";
     ordenes.Obtener(k7, coment, desc, cn);
@@ -137,8 +124,6 @@ TEST_F(Comments, DeleteAllKeysOnOrderAndDateOrOnTheDocumentAlone) {
         exec(std::string("INSERT INTO ") + t + " (Id, Codigo, Fecha) VALUES (1, 7, #2026-11-22 00:00:00#)");
         exec(std::string("INSERT INTO ") + t + " (Id, Codigo, Fecha) VALUES (2, 7, #2026-11-23 00:00:00#)");
     }
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
     frame::ConnPtr cn;
     ordenes.DeleteAll(k7, kFecha, cn);
     pedidos.DeleteAll(k7, kFecha, cn);
@@ -149,8 +134,6 @@ TEST_F(Comments, DeleteAllKeysOnOrderAndDateOrOnTheDocumentAlone) {
 // ------------------------------------------------------------ opening
 
 TEST_F(Comments, OpeningFormsTreatTheCallersConnectionDifferently) {
-    ClsOrdenesComentarios ordenes;   // form A
-    ClsFacturasComentarios facturas;  // form B
     std::string key;
     Variant id;
     DateValue fecha;
@@ -174,7 +157,6 @@ TEST_F(Comments, OpeningFormsTreatTheCallersConnectionDifferently) {
 
 TEST_F(Comments, NingunoOpensTheColumnsWithoutRowsAndRequeryKeepsIt) {
     exec("INSERT INTO HFacturas_Comentarios (Id, Codigo) VALUES (1, 7)");
-    ClsFacturasComentarios facturas;
     open(facturas, "ninguno");
     EXPECT_FALSE(facturas.ExistenRegistros());
     auto rs = facturas.primaryRecordset();
@@ -195,8 +177,6 @@ TEST_F(Comments, NingunoOpensTheColumnsWithoutRowsAndRequeryKeepsIt) {
 }
 
 TEST_F(Comments, AFailedOpeningLeavesANeverOpenedRecordset) {
-    ClsOrdenesComentarios ordenes;  // form A: DataMembers cleared before opening
-    ClsPedidosCliComent pedidos;    // form B: after
     const std::vector<std::pair<frame::RecordClass*, size_t>> cases = {{&ordenes, 0}, {&pedidos, 1}};
     for (auto [cls, membersLeft] : cases) {
         SCOPED_TRACE(cls->typeName());
@@ -221,8 +201,6 @@ TEST_F(Comments, TheSavedOrderStepEndsIniciaRsOrRequeryAsEachClassDeclares) {
     frame::setSavedOrderStep([&](frame::RecordClass& cls, std::string& key) {
         keys.push_back(std::string(cls.typeName()) + ":" + key);
     });
-    ClsOrdenesComentarios ordenes;
-    ClsFacturasComentarios facturas;
     for (frame::RecordClass* cls : std::initializer_list<frame::RecordClass*>{&ordenes, &facturas}) {
         open(*cls, "");
         std::string again;
@@ -234,8 +212,6 @@ TEST_F(Comments, TheSavedOrderStepEndsIniciaRsOrRequeryAsEachClassDeclares) {
 }
 
 TEST_F(Comments, ReportDataComesFromTheDataService) {
-    ClsOrdenesComentarios ordenes;
-    ClsAlbaranesComentarios albaranes;
     services::ClsServicioDatos service;
     std::string a[5], b[5], c[5];
     service.GetConnectionStrToRpt(4, c[0], c[1], c[2], c[3], c[4]);
@@ -258,7 +234,6 @@ TEST_F(Comments, MovingOffEitherEndBeepsAndStaysOnTheLastRowAnEmptySelectionNeit
     for (int i = 1; i <= 3; ++i)
         exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo) VALUES (" + std::to_string(i) + ", " +
              std::to_string(6 + i) + ")");
-    ClsOrdenesComentarios ordenes;
     open(ordenes, "");
     int moves = 0;
     ordenes.subscribeMoveComplete([&] { ++moves; });
@@ -283,7 +258,6 @@ TEST_F(Comments, MovingOffEitherEndBeepsAndStaysOnTheLastRowAnEmptySelectionNeit
     ordenes.FindRecord("9");  // searches Código, the second field
     EXPECT_EQ(ordenes.AbsolutePosition(), 3);
 
-    ClsPedidosCliComent pedidos;
     open(pedidos, "");
     Events::resetCounts();
     pedidos.MoveNext();
@@ -298,7 +272,6 @@ TEST_F(Comments, MovingOffEitherEndBeepsAndStaysOnTheLastRowAnEmptySelectionNeit
 
 TEST_F(Comments, AddNewRenumberSaveCancelAndDelete) {
     exec("INSERT INTO HPedidos_Clientes_Comentarios (Id, Codigo) VALUES (40, 1)");
-    ClsPedidosCliComent pedidos;
     open(pedidos, "ninguno");
     auto rs = pedidos.primaryRecordset();
 
@@ -334,7 +307,6 @@ TEST_F(Comments, AddNewRenumberSaveCancelAndDelete) {
 }
 
 TEST_F(Comments, OrdersKeyNewRowsByTheirCountAndInvoicesRenumberThroughTheirLowerCaseDate) {
-    ClsOrdenesComentarios ordenes;
     open(ordenes, "ninguno");
     ordenes.Update();  // no rows and no guard: UpdateBatch runs all the same
     bool defaults = true, none = false;
@@ -345,7 +317,6 @@ TEST_F(Comments, OrdersKeyNewRowsByTheirCountAndInvoicesRenumberThroughTheirLowe
     const Variant unset = ordenes.primaryRecordset()->value("ID");
     EXPECT_TRUE(unset.isNull() || unset.isEmpty());
 
-    ClsFacturasComentarios facturas;
     open(facturas, "ninguno");
     facturas.AddNew(defaults);
     Variant doc(int32_t{5});
@@ -356,7 +327,6 @@ TEST_F(Comments, OrdersKeyNewRowsByTheirCountAndInvoicesRenumberThroughTheirLowe
 }
 
 TEST_F(Comments, UpdateIdOverflowsItsSixteenBitCounterPartway) {
-    ClsAlbaranesComentarios albaranes;
     open(albaranes, "ninguno");
     bool none = false;
     for (int i = 0; i < 32768; ++i) albaranes.AddNew(none);
@@ -373,8 +343,6 @@ TEST_F(Comments, UpdateIdOverflowsItsSixteenBitCounterPartway) {
 // ------------------------------------------------------------ transactions
 
 TEST_F(Comments, ATransactionSpansTwoClassesOnOneConnection) {
-    ClsOrdenesComentarios ordenes;
-    ClsFacturasComentarios facturas;
     open(ordenes, "ninguno");
 
     std::string c1 = "uno", d1 = "x", c2 = "dos";
@@ -395,7 +363,6 @@ TEST_F(Comments, ATransactionSpansTwoClassesOnOneConnection) {
 }
 
 TEST_F(Comments, BeforeIniciaRsTheConnectionIsNewAndUnopened) {
-    ClsPedidosCliComent pedidos;
     auto cn = pedidos.GetConnection();
     ASSERT_TRUE(cn);
     EXPECT_EQ(cn->State(), 0);

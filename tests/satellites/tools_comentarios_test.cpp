@@ -10,8 +10,7 @@
 #include "ado/recordset.hpp"
 #include "frame/services/rights.hpp"
 #include "frame/services/settings.hpp"
-#include "satellites/comentarios.hpp"
-#include "tools/tools_fixture.hpp"
+#include "satellites/comentarios_fixture.hpp"
 
 namespace hist::satellites {
 namespace {
@@ -20,7 +19,7 @@ const DateValue kFecha{rt::dateSerial(2026, 11, 22)};
 
 // The tools' own fixture; every comment table holds three rows of document 7, and
 // descending by comment or by date row 2 comes first.
-class CommentTools : public test::ToolsFixture {
+class CommentTools : public test::ToolsFixture, public test::CommentClasses {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
@@ -45,10 +44,6 @@ protected:
 };
 
 TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
-    ClsAlbaranesComentarios albaranes;
-    ClsFacturasComentarios facturas;
     struct Case {
         frame::RecordClass* cls;
         const char* index;
@@ -77,10 +72,6 @@ TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
 }
 
 TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
-    ClsOrdenesComentarios ordenes;
-    ClsPedidosCliComent pedidos;
-    ClsAlbaranesComentarios albaranes;
-    ClsFacturasComentarios facturas;
     struct Case {
         frame::RecordClass* cls;
         const char* group;
@@ -104,8 +95,6 @@ TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
 }
 
 TEST_F(CommentTools, TheCommentIsALongTextOfTheConstantLimit) {
-    ClsOrdenesComentarios ordenes;
-    ClsFacturasComentarios facturas;
     open(ordenes);
     open(facturas);
     auto box = [](const char* field) {
