@@ -24,9 +24,9 @@ struct ColumnDef {
 using CellInit = std::variant<std::monostate, long long, double, std::string>;
 
 // Opens `rs` (a new recordset by default) on the rows given.
-inline std::shared_ptr<ado::Recordset> fabricate(const std::vector<ColumnDef>& defs,
-                                                 const std::vector<std::vector<CellInit>>& rows,
-                                                 std::shared_ptr<ado::Recordset> rs = std::make_shared<ado::Recordset>()) {
+inline std::shared_ptr<ado::Recordset> fabricate(
+    const std::vector<ColumnDef>& defs, const std::vector<std::vector<CellInit>>& rows,
+    std::shared_ptr<ado::Recordset> rs = std::make_shared<ado::Recordset>()) {
     rs->OpenRows([&](backend::RowSink& sink) {
         std::vector<backend::ColumnMeta> cols(defs.size());
         for (std::size_t k = 0; k < defs.size(); ++k) {

@@ -114,7 +114,7 @@ TEST(Filter, DatesAndNumbersFollowTheRegionalSettings) {
 
 TEST(Filter, GroupValuesAndOtherKinds) {
     auto rs = people();
-    for (const Variant& bad : {Variant(), Variant(1.5), Variant(static_cast<int32_t>(7)), Variant(static_cast<int32_t>(4))})
+    for (const Variant& bad : {Variant(), Variant(1.5), Variant(int32_t{7}), Variant(int32_t{4})})
         EXPECT_EQ(errorOf([&] { rs->SetFilter(bad); }), err::BadArgument) << rt::CStr(bad);
     rs->SetFilter(Variant(static_cast<int32_t>(1)));  // nothing pending
     EXPECT_EQ(rs->RecordCount(), 0);
@@ -130,7 +130,8 @@ TEST(Find, MovesToMatchesAndStopsAtTheEnds) {
     auto find = [&](const char* criteria, long skip = 0, int direction = 1,
                     const Variant& start = Variant::missing()) {
         rs->Find(criteria, skip, direction, start);
-        return rs->Bof() ? std::string("BOF") : rs->Eof() ? std::string("EOF") : std::to_string(rs->value("Id").asLong());
+        return rs->Bof() ? std::string("BOF")
+                         : rs->Eof() ? std::string("EOF") : std::to_string(rs->value("Id").asLong());
     };
     EXPECT_EQ(find("Nombre = 'BRUNO'"), "4");
     EXPECT_EQ(find("Nombre = 'BRUNO'"), "4");  // the current row is tested first

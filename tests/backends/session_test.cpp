@@ -29,8 +29,8 @@ long errorNumber(const std::function<void()>& f, std::string* description = null
 
 TEST_F(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
     // Every table and index as the catalog declares it: column types, collations, keys, defaults.
-    EXPECT_EQ(testing::rawExec(archive.path(), "SELECT sql || ';' FROM sqlite_schema WHERE sql NOT NULL ORDER BY rowid"),
-              sql::catalog().ddl());
+    const char* schema = "SELECT sql || ';' FROM sqlite_schema WHERE sql NOT NULL ORDER BY rowid";
+    EXPECT_EQ(testing::rawExec(archive.path(), schema), sql::catalog().ddl());
     EXPECT_EQ(testing::rawExec(archive.path(), "PRAGMA journal_mode"), "wal\n");
     // Reopening an existing archive keeps its rows.
     s->execute("INSERT INTO Articulos (Codigo, Recargo) VALUES ('A1', 2.5)");
@@ -40,7 +40,8 @@ TEST_F(SqliteSession, CreatesEveryCatalogTableWithItsDeclaredTypes) {
 
 TEST_F(SqliteSession, DefaultsAndStoredFormsOfBoundValues) {
     // Bound values take the stored form of the type given for them; Facturado and yes/no default to 0.
-    const Variant vals[] = {Variant::lng(7), Variant::date(37653.4375), Variant(true), Variant(12.5), Variant("Fábrica")};
+    const Variant vals[] = {Variant::lng(7), Variant::date(37653.4375), Variant(true), Variant(12.5),
+                            Variant("Fábrica")};
     const FieldType types[] = {FieldType::Integer, FieldType::Date, FieldType::Boolean, FieldType::Double,
                                FieldType::VarWChar};
     EXPECT_EQ(s->execute("INSERT INTO HOrdenes (Numero, Fecha, Repeticion, Base, Descripcion) VALUES (?, ?, ?, ?, ?)",
@@ -118,7 +119,7 @@ TEST_F(SqliteSession, TextComparesWithoutCaseAcrossUnicode) {
 }
 
 TEST_F(SqliteSession, NestedTransactions) {
-    auto add = [&](const char* code) { s->execute(std::string("INSERT INTO Articulos (Codigo) VALUES ('") + code + "')"); };
+    auto add = [&](const std::string& code) { s->execute("INSERT INTO Articulos (Codigo) VALUES ('" + code + "')"); };
     EXPECT_EQ(s->begin(), 1);
     add("A");
     EXPECT_EQ(s->begin(), 2);
@@ -187,8 +188,8 @@ TEST_F(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
     };
     for (const auto& c : cases) {
         std::string desc;
-        const long n = errorNumber([&] { c.kind == StatementKind::Read ? (void)run(*s, c.sql) : (void)s->execute(c.sql); },
-                                   &desc);
+        const long n = errorNumber(
+            [&] { c.kind == StatementKind::Read ? (void)run(*s, c.sql) : (void)s->execute(c.sql); }, &desc);
         EXPECT_EQ(n, c.number) << c.sql;
         EXPECT_TRUE(desc.starts_with(c.starts)) << c.sql << " -> " << desc;
     }
