@@ -167,23 +167,19 @@ TEST(ServicesConfig, FileProblemsSayWhatToFix) {
     auto message = [&](const std::optional<std::string>& file) {
         return raised([&] { Config::load(file, env); }).description();
     };
-    std::string missingCli = message((dir / "nope.json").string());
-    EXPECT_THAT(missingCli, HasSubstr((dir / "nope.json").string()));
-    EXPECT_THAT(missingCli, HasSubstr("not found"));
-    EXPECT_THAT(missingCli, HasSubstr("--config"));
-
-    std::string missingEnv = message(std::nullopt);
-    EXPECT_THAT(missingEnv, HasSubstr((dir / "env.json").string()));
-    EXPECT_THAT(missingEnv, HasSubstr("HISTORICOS_CONFIG"));
-
+    auto in = [&](const char* name) { return (dir / name).string(); };
     std::filesystem::create_directories(dir / "folder.json");
-    EXPECT_THAT(message((dir / "folder.json").string()), HasSubstr("is a folder"));
-
     writeFile(dir / "bad.json", "{\"busyTimeout\": true}");
-    std::string bad = message((dir / "bad.json").string());
-    EXPECT_THAT(bad, HasSubstr((dir / "bad.json").string()));
-    EXPECT_THAT(bad, HasSubstr("\"busyTimeout\""));
-
+    const std::pair<std::optional<std::string>, std::vector<std::string>> cases[] = {
+        {in("nope.json"), {in("nope.json"), "not found", "--config"}},
+        {std::nullopt, {in("env.json"), "HISTORICOS_CONFIG"}},
+        {in("folder.json"), {"is a folder"}},
+        {in("bad.json"), {in("bad.json"), "\"busyTimeout\""}},
+    };
+    for (const auto& [file, says] : cases) {
+        const std::string why = message(file);
+        for (const std::string& s : says) EXPECT_THAT(why, HasSubstr(s)) << file.value_or("(from the environment)");
+    }
     if (::geteuid() != 0) {  // permissions do not stop the superuser
         writeFile(dir / "locked.json", "{}");
         ::chmod((dir / "locked.json").c_str(), 0);
