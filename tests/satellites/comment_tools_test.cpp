@@ -1,17 +1,22 @@
-// The listings of the comment classes on a real archive: the files compared byte for
-// byte with texts written out by hand from the listing format (CRLF line ends and the
-// pieces without one, Windows-1252 bytes, upper-cased captions and names, printed
-// numbers with their blanks, dates, Null), the empty clone, the two paths, and the
-// saved filter with and without a clone.
+// The tools on the comment classes on a real archive. The listings: the files
+// compared byte for byte with texts written out by hand from the listing format (CRLF
+// line ends and the pieces without one, Windows-1252 bytes, upper-cased captions and
+// names, printed numbers with their blanks, dates, Null), the empty clone, the two
+// paths, and the saved filter with and without a clone. The filter tools: the saved
+// order restored where each class's variant says, each class's permission group and
+// the long-text limit they report.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "frame/record_tools.hpp"
+#include "frame/services/rights.hpp"
+#include "frame/services/settings.hpp"
 #include "platform/regional.hpp"
 #include "satellites/comentarios.hpp"
 #include "satellites/comentarios_fixture.hpp"
@@ -397,6 +402,112 @@ TEST_F(Listings, DataFieldWalkReadsCellsByTheColumnsFieldAndSortsByTheFirstField
               std::string::npos)
         << text;
     EXPECT_TRUE(orderKeys.empty());
+}
+
+// ------------------------------------------------------------ the filter tools on the comment classes
+
+const DateValue kFecha{rt::dateSerial(2026, 11, 22)};
+
+// The tools' own fixture; every comment table holds three rows of document 7, and
+// descending by comment or by date row 2 comes first.
+class CommentTools : public test::ToolsFixture, public test::CommentClasses {
+protected:
+    void SetUp() override {
+        ToolsFixture::SetUp();
+        for (const std::string t :
+             {"HOrdenes_Comentarios", "HPedidos_Clientes_Comentarios", "HAlbaranes_Comentarios", "HFacturas_Comentarios"}) {
+            exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (1, 7, 'b', #2026-11-22#)");
+            exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (2, 7, 'c', #2026-11-23#)");
+            exec("INSERT INTO " + t + " (Id, Codigo, Comentarios, Fecha) VALUES (3, 7, 'a', #2026-11-21#)");
+        }
+    }
+
+    // Saves an order under the "todos" view of a table, as the settings store keeps it.
+    static void saveOrder(const std::string& table, std::string index, std::string mode) {
+        services::ClsClaveRegistro store;
+        store.AbrirClave("SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\" + table + "\\todos\\");
+        Variant i("IndexOrderField"), m("Mode");
+        store.EscribirValor(i, index);
+        store.EscribirValor(m, mode);
+    }
+
+    static std::string sortOf(frame::RecordClass& cls) { return cls.primaryRecordset()->Sort(); }
+};
+
+TEST_F(CommentTools, TheSavedOrderIsRestoredAsEachClassDeclares) {
+    struct Case {
+        frame::RecordClass* cls;
+        const char* index;
+        std::string onIniciaRs;  // the Sort after IniciaRs with no keyword
+        std::string onRequery;   // ... and after Requery with none
+    };
+    const std::vector<Case> cases = {
+        {&ordenes, "2", "", "Comentarios DESC"},
+        {&pedidos, "2", "Comentarios DESC", "Comentarios DESC"},
+        {&albaranes, "2", "Comentarios DESC", "Comentarios DESC"},
+        {&facturas, "3", "fecha DESC", "fecha DESC"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.cls->variants().className));
+        // Saved under "todos"; Requery reads "Todos", the same view.
+        saveOrder(c.cls->sClassName(), c.index, " DESC");
+        open(*c.cls, "", Variant(int32_t{7}), kFecha);
+        EXPECT_EQ(sortOf(*c.cls), c.onIniciaRs);
+        std::string key;
+        c.cls->Requery(key);
+        EXPECT_EQ(key, "Todos");
+        EXPECT_EQ(sortOf(*c.cls), c.onRequery);
+        c.cls->MoveFirst();
+        EXPECT_EQ(c.cls->primaryRecordset()->value("Id"), Variant(int32_t{2}));
+    }
+}
+
+TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
+    struct Case {
+        frame::RecordClass* cls;
+        const char* group;
+    };
+    const std::vector<Case> cases = {
+        {&ordenes, "HOrdenes"},
+        {&pedidos, "Pedidos_Clientes"},
+        {&albaranes, "Albaranes_Clientes"},
+        {&facturas, "Facturas"},
+    };
+    for (const auto& refused : cases) {
+        SCOPED_TRACE(refused.group);
+        std::ostringstream out, err;
+        ASSERT_EQ(services::rightsCommand({"deny", "ana", refused.group, "Borrar"}, out, err), 0);
+        for (const auto& c : cases) {
+            std::string action = "Borrar";
+            EXPECT_EQ(c.cls->SeguridadPermiso(action), c.cls != refused.cls) << c.group;
+        }
+        ASSERT_EQ(services::rightsCommand({"allow", "ana", refused.group, "Borrar"}, out, err), 0);
+    }
+}
+
+TEST_F(CommentTools, TheCommentIsALongTextOfTheConstantLimit) {
+    open(ordenes);
+    open(facturas);
+    auto box = [](const char* field) {
+        return Variant(test::control(ControlKind::TextBox, field, {{"Text", Variant(std::string(300, 'x'))}}));
+    };
+    struct Case {
+        frame::RecordClass* cls;
+        const char* field;
+        int32_t size;
+    };
+    const std::vector<Case> cases = {
+        {&ordenes, "Comentarios", 536870910}, {&ordenes, "Descripción", 255}, {&ordenes, "Código", 5},
+        {&ordenes, "Fecha", 10},              {&facturas, "Comentarios", 536870910}, {&facturas, "fecha", 10},
+    };
+    for (const auto& c : cases) {
+        Variant b = box(c.field);
+        EXPECT_EQ(c.cls->ValidaDefinedSize(b), c.size) << c.field;
+    }
+    Variant comment = box("Comentarios");
+    EXPECT_TRUE(ordenes.ValidaKey(comment, 'z'));
+    Variant description = box("Descripción");
+    EXPECT_FALSE(ordenes.ValidaKey(description, 'z'));
 }
 
 }  // namespace
