@@ -116,11 +116,9 @@ TEST(Filter, GroupValuesAndOtherKinds) {
     auto rs = people();
     for (const Variant& bad : {Variant(), Variant(1.5), Variant(int32_t{7}), Variant(int32_t{4})})
         EXPECT_EQ(errorOf([&] { rs->SetFilter(bad); }), err::BadArgument) << rt::CStr(bad);
-    rs->SetFilter(Variant(static_cast<int32_t>(1)));  // nothing pending
-    EXPECT_EQ(rs->RecordCount(), 0);
-    EXPECT_EQ(rs->Filter(), Variant(static_cast<int32_t>(1)));
+    // (What the accepted group values show is FilterGroups' matter, in batch_test.)
     rs->SetFilter(Variant("Id = 2"));
-    rs->SetFilter(Variant(static_cast<int16_t>(0)));  // adFilterNone
+    rs->SetFilter(Variant(static_cast<int16_t>(0)));  // adFilterNone, as a 16-bit number
     EXPECT_EQ(rs->RecordCount(), 6);
 }
 
