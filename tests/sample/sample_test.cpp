@@ -25,14 +25,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// One folder per test process, removed when the process ends.
 fs::path tempDir() {
-    static const fs::path dir = [] {
-        fs::path d = fs::temp_directory_path() / ("historicos-sample-" + std::to_string(::getpid()));
-        fs::remove_all(d);
-        fs::create_directories(d);
-        return d;
-    }();
-    return dir;
+    static const struct Dir {
+        fs::path path = fs::temp_directory_path() / ("historicos-sample-" + std::to_string(::getpid()));
+        Dir() {
+            fs::remove_all(path);
+            fs::create_directories(path);
+        }
+        ~Dir() {
+            std::error_code ec;
+            fs::remove_all(path, ec);
+        }
+    } dir;
+    return dir.path;
 }
 
 class Query {
