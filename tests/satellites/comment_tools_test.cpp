@@ -140,13 +140,12 @@ const std::vector<ColumnData> kOrderColumns = {
 };
 
 TEST_F(Listings, GridOfOrderCommentsIsWrittenByteForByteToTheWorkFolder) {
-    ClsOrdenesComentarios c;
-    fillOrderComments(c);
-    c.MoveFirst();
-    c.MoveNext();  // the primary stands on its second row
+    fillOrderComments(ordenes);
+    ordenes.MoveFirst();
+    ordenes.MoveNext();  // the primary stands on its second row
     orderIndex = 0;
     orderMode = " DESC";
-    write(Out::Grid, c, true, "seleccion", false, grid(kOrderColumns));
+    write(Out::Grid, ordenes, true, "seleccion", false, grid(kOrderColumns));
     const std::string expected =
         gridHead("HOrdenes_Comentarios", {"ID", "C\xD3" "DIGO", "COMENTARIOS", "FECHA"}) +
         row({{"right", " 3 "}, {"center", "-4 "}, {"left", ""}, {"center", "Null"}}) +
@@ -156,18 +155,17 @@ TEST_F(Listings, GridOfOrderCommentsIsWrittenByteForByteToTheWorkFolder) {
     EXPECT_EQ(readFile(workDir() / "HOrdenes_Comentarios.htm"), expected);
     // The saved order was read under the caller's key; the primary did not move.
     EXPECT_EQ(orderKeys, std::vector<std::string>{"seleccion"});
-    EXPECT_EQ(c.AbsolutePosition(), 2);
+    EXPECT_EQ(ordenes.AbsolutePosition(), 2);
     // The file named to the host is not the one written.
-    EXPECT_EQ(c.GetHtmlFile(), rptFile("HOrdenes_Comentarios.htm").string());
-    EXPECT_EQ(tools::listingTxtFile(c), rptFile("HOrdenes_Comentarios.txt").string());
-    EXPECT_FALSE(fs::exists(c.GetHtmlFile()));
+    EXPECT_EQ(ordenes.GetHtmlFile(), rptFile("HOrdenes_Comentarios.htm").string());
+    EXPECT_EQ(tools::listingTxtFile(ordenes), rptFile("HOrdenes_Comentarios.txt").string());
+    EXPECT_FALSE(fs::exists(ordenes.GetHtmlFile()));
 }
 
 TEST_F(Listings, GridWithoutCloneListsThePrimaryAndLeavesItAtEof) {
-    ClsOrdenesComentarios c;
-    fillOrderComments(c);
-    c.MoveLast();
-    write(Out::Grid, c, false, "", false,
+    fillOrderComments(ordenes);
+    ordenes.MoveLast();
+    write(Out::Grid, ordenes, false, "", false,
           grid({{"Id", true, 1, ""}, {"Código", false, 1, ""}, {"x", false, 0, ""}, {"y", false, 0, ""},
                 {"z", false, 0, ""}}));
     const std::string text = readFile(workDir() / "HOrdenes_Comentarios.htm");
@@ -177,18 +175,17 @@ TEST_F(Listings, GridWithoutCloneListsThePrimaryAndLeavesItAtEof) {
               std::string::npos)
         << text;
     EXPECT_TRUE(orderKeys.empty());
-    EXPECT_TRUE(c.primaryRecordset()->Eof());
+    EXPECT_TRUE(ordenes.primaryRecordset()->Eof());
 }
 
 TEST_F(Listings, ToHtmlWritesTheFirstRowOfTheSortedClone) {
-    ClsPedidosCliComent c;
-    open(c);
-    addRow(c, {{"Id", int32_t{4}}, {"Código", int32_t{12}}, {"Comentarios", "Entregar <antes> del día 5"},
+    open(pedidos);
+    addRow(pedidos, {{"Id", int32_t{4}}, {"Código", int32_t{12}}, {"Comentarios", "Entregar <antes> del día 5"},
                {"Fecha", Variant::date(rt::dateSerial(2026, 11, 20))}});
-    addRow(c, {{"Id", int32_t{9}}, {"Código", int32_t{11}}, {"Comentarios", Variant::null()},
+    addRow(pedidos, {{"Id", int32_t{9}}, {"Código", int32_t{11}}, {"Comentarios", Variant::null()},
                {"Fecha", Variant::date(rt::dateSerial(2026, 11, 21))}});
     orderIndex = 1;  // by Código: the row of 11 comes first
-    write(Out::Html, c, true);
+    write(Out::Html, pedidos, true);
     const auto field = [](const std::string& name, const std::string& value) {
         return "    <TR>\r\n"
                "        <th align='Right'; bgcolor='Silver'><FONT Size=1>" +
@@ -214,13 +211,12 @@ TEST_F(Listings, ToTxtWritesNamesAndValuesUnderBothRegionalSettings) {
         {&Regional::esES(), text("05/11/2026", "domingo, 22 de noviembre de 2026")},
         {&Regional::enUS(), text("11/5/2026", "Sunday, November 22, 2026")},
     };
-    ClsFacturasComentarios c;
-    open(c);
-    addRow(c, {{"Id", int32_t{5}}, {"Código", int32_t{31}}, {"Comentarios", "Pago a 30 días & <IVA>"},
+    open(facturas);
+    addRow(facturas, {{"Id", int32_t{5}}, {"Código", int32_t{31}}, {"Comentarios", "Pago a 30 días & <IVA>"},
                {"fecha", Variant::date(rt::dateSerial(2026, 11, 5))}});
     for (const auto& [regional, expected] : cases) {
         RegionalScope scope(*regional);
-        write(Out::Txt, c, true);
+        write(Out::Txt, facturas, true);
         // The text file goes to the application's report folder, under the name
         // GetHtmlFile gives with .txt.
         EXPECT_EQ(readFile(rptFile("HFacturas_Comentarios.txt")), expected) << regional->name;
@@ -228,20 +224,19 @@ TEST_F(Listings, ToTxtWritesNamesAndValuesUnderBothRegionalSettings) {
 }
 
 TEST_F(Listings, AnEmptyCloneWritesNothingAndWithoutACloneHeadFootAndZero) {
-    ClsAlbaranesComentarios c;
-    open(c, "ninguno");
+    open(albaranes, "ninguno");
     const fs::path html = workDir() / "HAlbaranes_Comentarios.htm", txt = rptFile("HAlbaranes_Comentarios.txt");
     for (const auto& [p, text] : {std::pair{html, "old listing"}, std::pair{txt, "old text"}}) {
         fs::create_directories(p.parent_path());
         std::ofstream(p, std::ios::binary) << text;
     }
-    for (Out out : {Out::Grid, Out::Html, Out::Txt}) write(out, c, true, "ninguno", false, grid({}));
+    for (Out out : {Out::Grid, Out::Html, Out::Txt}) write(out, albaranes, true, "ninguno", false, grid({}));
     EXPECT_EQ(readFile(html), "old listing");
     EXPECT_EQ(readFile(txt), "old text");
     // The saved order is asked before the clone is found empty.
     EXPECT_EQ(orderKeys.size(), 3u);
 
-    write(Out::Grid, c, false, "ninguno", false,
+    write(Out::Grid, albaranes, false, "ninguno", false,
           grid({{"Id", true, 1, ""}, {"Código", true, 0, ""}, {"Comentarios", true, 0, ""}, {"Fecha", true, 0, ""}}));
     EXPECT_EQ(readFile(html),
               gridHead("HAlbaranes_Comentarios", {"ID", "C\xD3" "DIGO", "COMENTARIOS", "FECHA"}) + gridFoot(0));
@@ -289,12 +284,20 @@ TEST_F(Listings, SavedFilterWithAndWithoutAClone) {
     EXPECT_EQ(readFile(rptFile("HFacturas_Comentarios.txt")).substr(0, 10), "ID:  1 \r\n\r");
 }
 
+TEST_F(Listings, ColumnsMustBeAnObjectAnsweringTheGridMembers) {
+    fillOrderComments(ordenes);
+    // A grid with fewer columns than the recordset has fields fails at position 3.
+    const Variant three = grid({{"Id", true, 1, ""}, {"C", true, 1, ""}, {"D", true, 1, ""}});
+    for (const auto& [cols, number] : {std::pair{Variant("columnas"), 424L}, std::pair{Variant::nothing(), 91L},
+                                       std::pair{three, 9L}})
+        EXPECT_EQ(errorOf([&] { write(Out::Grid, ordenes, true, "todos", false, cols); }), number);
+}
+
 TEST_F(Listings, MissingSavedOrderOrFilterToolsFailWithTheirError) {
-    ClsOrdenesComentarios c;
-    fillOrderComments(c);
+    fillOrderComments(ordenes);
     const auto failsWith = [&](Out out, bool clone, bool filtered, const std::string& member) {
         try {
-            write(out, c, clone, "todos", filtered, grid(kOrderColumns));
+            write(out, ordenes, clone, "todos", filtered, grid(kOrderColumns));
             ADD_FAILURE() << "no error for " << member;
         } catch (const Error& e) {
             EXPECT_EQ(e.number(), 5);
@@ -308,16 +311,6 @@ TEST_F(Listings, MissingSavedOrderOrFilterToolsFailWithTheirError) {
     failsWith(Out::Html, false, true, "GetFilter");
     EXPECT_FALSE(fs::exists(workDir() / "HOrdenes_Comentarios.htm"));
     EXPECT_FALSE(fs::exists(rptFile("HOrdenes_Comentarios.txt")));
-}
-
-TEST_F(Listings, ColumnsMustBeAnObjectAnsweringTheGridMembers) {
-    ClsOrdenesComentarios c;
-    fillOrderComments(c);
-    EXPECT_EQ(errorOf([&] { write(Out::Grid, c, true, "todos", false, Variant("columnas")); }), 424);
-    EXPECT_EQ(errorOf([&] { write(Out::Grid, c, true, "todos", false, Variant::nothing()); }), 91);
-    // A grid with fewer columns than the recordset has fields: position 3 is out of range.
-    const Variant three = grid({{"Id", true, 1, ""}, {"C", true, 1, ""}, {"D", true, 1, ""}});
-    EXPECT_EQ(errorOf([&] { write(Out::Grid, c, true, "todos", false, three); }), 9);
 }
 
 // ------------------------------------------------------------ walks and sums of other classes
