@@ -102,10 +102,7 @@ TEST(HostProcessTest, ObjectsKeepTheirNamesForTheSession) {
     ASSERT_TRUE(added["args"][0].contains("ref"));
     const std::string gen = added["args"][0]["ref"];
     EXPECT_EQ(added["args"][0]["collection"], json::parse(R"([1,2.5,"x"])"));
-    json again = askJson(h, R"({"id":6,"call":"c.Item","args":[2]})");
-    EXPECT_EQ(again["result"]["ref"], gen);
-    json third = askJson(h, R"({"id":7,"call":"c.Item","args":[2]})");
-    EXPECT_EQ(third["result"]["ref"], gen);
+    EXPECT_EQ(askJson(h, R"({"id":6,"call":"c.Item","args":[2]})")["result"]["ref"], gen);
 
     // The generated name can be called in turn.
     json count = askJson(h, R"({"id":8,"call":")" + gen + R"(.Count"})");
