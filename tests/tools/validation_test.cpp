@@ -18,9 +18,6 @@ using test::control;
 using test::errorOf;
 
 constexpr frame::ClassVariants kTable = test::toolVariants("ClsPruebaTabla", "HOrdenes_Lineas", kAllTypes);
-constexpr frame::ClassVariants kComments =
-    test::toolVariants("ClsPruebaComentarios", "HOrdenes_Lineas", kAllTypes, FilterForm::Base,
-                       DefinedSizeForm::LongTextConstant, KeyForm::Table);
 constexpr frame::ClassVariants kWhole =
     test::toolVariants("ClsPruebaPrecision", "HOrdenes_Lineas", kAllTypes, FilterForm::Base,
                        DefinedSizeForm::WholePrecision, KeyForm::WholePrecision);
@@ -32,7 +29,7 @@ class ValidationTest : public test::ToolsFixture {
 protected:
     void SetUp() override {
         ToolsFixture::SetUp();
-        for (auto* c : {&table, &comments, &whole, &lines}) open(*c);
+        for (auto* c : {&table, &whole, &lines}) open(*c);
     }
 
     static Variant box(const char* field, const std::string& text, int32_t selLength = 0) {
@@ -40,30 +37,29 @@ protected:
     }
 
     frame::RecordClass table{kTable};
-    frame::RecordClass comments{kComments};
     frame::RecordClass whole{kWhole};
     frame::RecordClass lines{kLines};
 };
 
+// The long-text constant form is checked on the comment classes, which declare it.
 TEST_F(ValidationTest, DefinedSizeByTypeAndForm) {
     struct Case {
         const char* field;
-        int32_t table, comments, whole;
+        int32_t table, whole;
     };
     const std::vector<Case> cases = {
-        {"Numero", 5, 5, 10},  // Precision 10, five digits short unless whole
-        {"Cantidad", 15, 15, 15},
-        {"Codigo", 20, 20, 20},
-        {"Comentarios", 536870910, 536870910, 536870910},
-        {"Fecha", 10, 10, 10},
-        {"Facturado", 10, 10, 10},
-        {"P11", 10, 10, 10},
+        {"Numero", 5, 10},  // Precision 10, five digits short unless whole
+        {"Cantidad", 15, 15},
+        {"Codigo", 20, 20},
+        {"Comentarios", 536870910, 536870910},
+        {"Fecha", 10, 10},
+        {"Facturado", 10, 10},
+        {"P11", 10, 10},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.field);
         Variant b = box(c.field, "");
         EXPECT_EQ(table.ValidaDefinedSize(b), c.table);
-        EXPECT_EQ(comments.ValidaDefinedSize(b), c.comments);
         EXPECT_EQ(whole.ValidaDefinedSize(b), c.whole);
     }
 }
