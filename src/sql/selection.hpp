@@ -33,6 +33,7 @@ struct SelectionShape {
     const Column* itemSourceColumn(size_t item, bool* isCount = nullptr) const;
 };
 
+// The shape's items are views into `sql`: keep the text alive as long as the shape.
 SelectionShape analyzeSelection(std::string_view sql, const Catalog& cat = catalog());
 
 }  // namespace hist::sql
