@@ -12,6 +12,7 @@
 #include "ado/recordset.hpp"
 #include "backends/archive_fixture.hpp"
 #include "platform/error.hpp"
+#include "support/errors.hpp"
 
 namespace hist::testing {
 
@@ -52,17 +53,6 @@ inline std::shared_ptr<ado::Recordset> fabricate(
         }
     });
     return rs;
-}
-
-// The error number a call raises, 0 when it raises none.
-inline long errorOf(const std::function<void()>& f, std::string* description = nullptr) {
-    try {
-        f();
-    } catch (const Error& e) {
-        if (description) *description = e.description();
-        return e.number();
-    }
-    return 0;
 }
 
 // The error numbers of several calls, in order.

@@ -6,18 +6,12 @@
 #include "host/registration.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
+#include "support/errors.hpp"
 
 namespace hist {
 namespace {
 
-long errorOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const Error& e) {
-        return e.number();
-    }
-    return 0;
-}
+using testing::errorOf;
 
 TEST(HostObjectsTest, ControlKindsAndTheirDefaultProperty) {
     struct Case {

@@ -28,6 +28,7 @@
 #include "platform/runtime.hpp"
 #include "sql/translator.hpp"
 #include "tools/filter_tools.hpp"
+#include "support/errors.hpp"
 
 namespace hist::test {
 
@@ -136,15 +137,6 @@ inline std::shared_ptr<StandInControl> control(ControlKind kind, std::string_vie
     return c;
 }
 
-// The error number a call raises, or 0 when it raises none.
-template <class F>
-long errorOf(F&& f) {
-    try {
-        f();
-    } catch (const Error& e) {
-        return e.number();
-    }
-    return 0;
-}
+using hist::testing::errorOf;
 
 }  // namespace hist::test
