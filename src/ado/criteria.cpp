@@ -7,6 +7,7 @@
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
 #include "platform/runtime.hpp"
+#include "sql/textmatch.hpp"
 
 namespace hist::ado {
 namespace {
@@ -116,7 +117,7 @@ private:
     // A word (case ignored) followed by a blank, a parenthesis, a quote, # or the end.
     bool keyword(std::string_view w) {
         skipBlanks();
-        if (p_ + w.size() > s_.size() || !text::equalNoCase(s_.substr(p_, w.size()), w)) return false;
+        if (p_ + w.size() > s_.size() || !sql::equalNoCase(s_.substr(p_, w.size()), w)) return false;
         const std::size_t after = p_ + w.size();
         if (after < s_.size() && !isBlank(s_[after]) && s_[after] != '(' && s_[after] != '\'' && s_[after] != '#')
             return false;
@@ -321,7 +322,7 @@ bool Clause::test(const CellView& c) const {
         case Shape::All: return true;
         case Shape::Prefix: return text::startsWithFolded(s, text);
         case Shape::Contains: return text::containsFolded(s, text);
-        case Shape::Exact: return text::equalNoCase(s, text);
+        case Shape::Exact: return sql::equalNoCase(s, text);
         }
         return false;
     }
@@ -331,9 +332,9 @@ bool Clause::test(const CellView& c) const {
     }
     std::string buf;
     const std::string_view s = textOf(c, buf);
-    if (op == CmpOp::Eq) return text::equalNoCase(s, text);
-    if (op == CmpOp::Ne) return !text::equalNoCase(s, text);
-    return compareWith(op, text::compareNoCase(s, text), 0);
+    if (op == CmpOp::Eq) return sql::equalNoCase(s, text);
+    if (op == CmpOp::Ne) return !sql::equalNoCase(s, text);
+    return compareWith(op, sql::compareNoCase(s, text), 0);
 }
 
 Criteria Criteria::parse(std::string_view text, const Resolver& resolve, const TypeOf& typeOf, bool singleClause) {

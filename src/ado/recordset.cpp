@@ -9,6 +9,7 @@
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
+#include "sql/textmatch.hpp"
 
 namespace hist::ado {
 
@@ -851,7 +852,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
 
     auto identityOf = [&d](const std::string& table) -> int {
         for (std::size_t k = 0; k < d.cols.size(); ++k)
-            if (d.cols[k].hiddenRowId && text::equalNoCase(d.cols[k].baseTable, table)) return static_cast<int>(k);
+            if (d.cols[k].hiddenRowId && sql::equalNoCase(d.cols[k].baseTable, table)) return static_cast<int>(k);
         return -1;
     };
     auto identityName = [&d](int col) {
@@ -891,7 +892,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
         std::string list;
         for (std::size_t k = 0; k < d.cols.size(); ++k) {
             const backend::ColumnMeta& m = d.cols[k];
-            if (!text::equalNoCase(m.baseTable, table) || m.baseColumn.empty()) continue;
+            if (!sql::equalNoCase(m.baseTable, table) || m.baseColumn.empty()) continue;
             if (!m.hiddenRowId && !m.updatable) continue;
             cols.push_back(k);
             list += (list.empty() ? "" : ", ") + (m.hiddenRowId ? identityName(static_cast<int>(k)) : quoteName(m.baseColumn));
@@ -953,7 +954,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
                     if (!ov->changed[f]) continue;
                     const std::string& t = tableOf(f);
                     if (std::none_of(tables.begin(), tables.end(),
-                                     [&](const std::string& x) { return text::equalNoCase(x, t); }))
+                                     [&](const std::string& x) { return sql::equalNoCase(x, t); }))
                         tables.push_back(t);
                 }
                 for (const std::string& table : tables) {
@@ -964,7 +965,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
                     for (std::size_t f = 0; f < ov->changed.size(); ++f) {
                         if (!ov->changed[f]) continue;
                         const backend::ColumnMeta& m = d.cols[static_cast<std::size_t>(d.fieldCol[f])];
-                        if (!text::equalNoCase(m.baseTable, table)) continue;
+                        if (!sql::equalNoCase(m.baseTable, table)) continue;
                         const std::string col = quoteName(m.baseColumn);
                         set += (set.empty() ? "" : ", ") + col + " = ?";
                         params.push_back(ov->values[f].isEmpty() ? Variant::null() : ov->values[f]);
@@ -996,7 +997,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
                     if (ov->values[f].isEmpty()) continue;
                     const std::string& t = tableOf(f);
                     if (std::none_of(tables.begin(), tables.end(),
-                                     [&](const std::string& x) { return text::equalNoCase(x, t); }))
+                                     [&](const std::string& x) { return sql::equalNoCase(x, t); }))
                         tables.push_back(t);
                 }
                 if (tables.empty()) {
@@ -1014,7 +1015,7 @@ std::vector<Recordset::Refresh> Recordset::writeBack(const std::vector<uint32_t>
                     for (std::size_t f = 0; f < ov->values.size(); ++f) {
                         if (ov->values[f].isEmpty()) continue;
                         const backend::ColumnMeta& m = d.cols[static_cast<std::size_t>(d.fieldCol[f])];
-                        if (!text::equalNoCase(m.baseTable, table)) continue;
+                        if (!sql::equalNoCase(m.baseTable, table)) continue;
                         names += (names.empty() ? "" : ", ") + quoteName(m.baseColumn);
                         marks += marks.empty() ? "?" : ", ?";
                         params.push_back(ov->values[f]);

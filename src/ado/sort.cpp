@@ -9,6 +9,7 @@
 
 #include "ado/text_fold.hpp"
 #include "platform/error.hpp"
+#include "sql/textmatch.hpp"
 
 namespace hist::ado {
 namespace {
@@ -35,7 +36,7 @@ std::string_view trim(std::string_view s) {
 bool splitDirection(std::string_view item, std::string_view& name, bool& desc) {
     for (std::string_view kw : {std::string_view("asc"), std::string_view("desc")}) {
         if (item.size() > kw.size() && isBlank(item[item.size() - kw.size() - 1]) &&
-            text::equalNoCase(item.substr(item.size() - kw.size()), kw)) {
+            sql::equalNoCase(item.substr(item.size() - kw.size()), kw)) {
             name = trim(item.substr(0, item.size() - kw.size()));
             desc = kw == "desc";
             return true;
@@ -96,9 +97,9 @@ std::vector<SortKey> parseSort(std::string_view text, const Criteria::Resolver& 
             if (close == std::string_view::npos) refuse(text);
             name = item.substr(1, close - 1);
             const std::string_view rest = trim(item.substr(close + 1));
-            if (text::equalNoCase(rest, "desc"))
+            if (sql::equalNoCase(rest, "desc"))
                 key.desc = true;
-            else if (!rest.empty() && !text::equalNoCase(rest, "asc"))
+            else if (!rest.empty() && !sql::equalNoCase(rest, "asc"))
                 refuse(text);
             key.field = resolve(name);
         } else {
@@ -115,7 +116,7 @@ std::vector<SortKey> parseSort(std::string_view text, const Criteria::Resolver& 
                 name = item;
             }
         }
-        if (text::equalNoCase(name, "asc") || text::equalNoCase(name, "desc")) refuse(text);
+        if (sql::equalNoCase(name, "asc") || sql::equalNoCase(name, "desc")) refuse(text);
         if (key.field < 0) unknown(name);
         keys.push_back(key);
         if (end >= text.size()) break;

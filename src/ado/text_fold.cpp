@@ -3,7 +3,6 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
-#include <algorithm>
 #include <cstring>
 
 namespace hist::ado::text {
@@ -13,15 +12,9 @@ inline unsigned char lowerAscii(unsigned char c) { return (c >= 'A' && c <= 'Z')
 
 }  // namespace
 
-// Simple case folding, code point by code point, as the engine's text collation
-// folds: the folded text keeps one code point per code point.
-std::string fold(std::string_view s) {
+std::string mapCodePoints(std::string_view s, int32_t (*map)(int32_t)) {
     std::string out;
     out.reserve(s.size());
-    if (isAscii(s)) {
-        for (char c : s) out += static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
-        return out;
-    }
     const auto* p = reinterpret_cast<const uint8_t*>(s.data());
     const int32_t n = static_cast<int32_t>(s.size());
     int32_t i = 0;
@@ -33,42 +26,22 @@ std::string fold(std::string_view s) {
             out.append(s.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start)));
             continue;
         }
-        c = u_foldCase(c, U_FOLD_CASE_DEFAULT);
         uint8_t buf[U8_MAX_LENGTH];
         int32_t len = 0;
-        U8_APPEND_UNSAFE(buf, len, c);  // a folded code point is valid and fits U8_MAX_LENGTH
+        U8_APPEND_UNSAFE(buf, len, map(c));  // a mapped code point is valid and fits U8_MAX_LENGTH
         out.append(reinterpret_cast<const char*>(buf), static_cast<std::size_t>(len));
     }
     return out;
 }
 
-int compareNoCase(std::string_view a, std::string_view b) {
-    const std::size_t n = std::min(a.size(), b.size());
-    for (std::size_t k = 0; k < n; ++k) {
-        const unsigned char x = static_cast<unsigned char>(a[k]);
-        const unsigned char y = static_cast<unsigned char>(b[k]);
-        if ((x | y) >= 0x80) {
-            // A non-ASCII letter from here on: fold the rest of both and compare.
-            const std::string fa = fold(a.substr(k));
-            const std::string fb = fold(b.substr(k));
-            const int c = fa.compare(fb);
-            return c < 0 ? -1 : (c > 0 ? 1 : 0);
-        }
-        const unsigned char lx = lowerAscii(x), ly = lowerAscii(y);
-        if (lx != ly) return lx < ly ? -1 : 1;
-    }
-    if (a.size() == b.size()) return 0;
-    return a.size() < b.size() ? -1 : 1;
-}
-
-bool equalNoCase(std::string_view a, std::string_view b) {
-    if (a.size() == b.size() && isAscii(a) && isAscii(b)) {
-        for (std::size_t k = 0; k < a.size(); ++k)
-            if (lowerAscii(static_cast<unsigned char>(a[k])) != lowerAscii(static_cast<unsigned char>(b[k])))
-                return false;
-        return true;
-    }
-    return compareNoCase(a, b) == 0;
+// Simple case folding, code point by code point, as the engine's text collation
+// folds: the folded text keeps one code point per code point.
+std::string fold(std::string_view s) {
+    if (!isAscii(s)) return mapCodePoints(s, [](int32_t c) -> int32_t { return u_foldCase(c, U_FOLD_CASE_DEFAULT); });
+    std::string out;
+    out.reserve(s.size());
+    for (char c : s) out += static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
+    return out;
 }
 
 bool startsWithFolded(std::string_view s, std::string_view folded) {

@@ -1,18 +1,19 @@
 #pragma once
-// Text compared without regard to case, as the archive's text collation compares
-// it: Unicode simple case folding (so "Código" and "CÓDIGO" are one name, while
-// "Codigo" stays another), then code point order. Plain ASCII texts take a fast
-// path that allocates nothing.
+// Folded text for the recordset's keys and searches: Unicode simple case folding,
+// as the archive's text collation folds (so "Código" and "CÓDIGO" are one name,
+// while "Codigo" stays another). Comparing two texts is sql::compareNoCase, the
+// collation's own function. Plain ASCII texts take a fast path.
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace hist::ado::text {
 
+// Each code point of a UTF-8 text mapped through `map`, one for one; malformed
+// bytes are kept as they are.
+std::string mapCodePoints(std::string_view s, int32_t (*map)(int32_t));
 // The case-folded form of a UTF-8 text.
 std::string fold(std::string_view s);
-// <0, 0, >0 as a sorts before, equal to or after b, case ignored.
-int compareNoCase(std::string_view a, std::string_view b);
-bool equalNoCase(std::string_view a, std::string_view b);
 // Whether `s` starts with / ends with / contains `folded` (already folded).
 bool startsWithFolded(std::string_view s, std::string_view folded);
 bool endsWithFolded(std::string_view s, std::string_view folded);

@@ -9,6 +9,7 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include "ado/text_fold.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
 
@@ -61,26 +62,7 @@ void appendAnsi(std::string& out, std::string_view utf8) {
 }
 
 std::string upperCase(std::string_view utf8) {
-    std::string out;
-    out.reserve(utf8.size());
-    const auto* p = reinterpret_cast<const uint8_t*>(utf8.data());
-    const int32_t n = static_cast<int32_t>(utf8.size());
-    int32_t i = 0;
-    while (i < n) {
-        const int32_t start = i;
-        UChar32 c;
-        U8_NEXT(p, i, n, c);
-        if (c < 0) {
-            out.append(utf8.data() + start, static_cast<std::size_t>(i - start));
-            continue;
-        }
-        const UChar32 u = u_toupper(c);
-        uint8_t bytes[U8_MAX_LENGTH];
-        int32_t len = 0;
-        U8_APPEND_UNSAFE(bytes, len, u);
-        out.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(len));
-    }
-    return out;
+    return ado::text::mapCodePoints(utf8, [](int32_t c) -> int32_t { return u_toupper(c); });
 }
 
 OutputFile::OutputFile(const std::string& path, const std::string& source) : source_(source) {
