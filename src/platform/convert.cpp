@@ -89,24 +89,29 @@ std::optional<double> parseNumber(std::string_view s, const Regional& r) {
         return false;
     };
 
-    bool negative = false, haveSign = false, paren = false;
-    // Leading markers: blanks, one sign, an opening parenthesis, the currency symbol.
-    for (bool progress = true; progress;) {
-        progress = false;
-        skipBlanks();
+    bool negative = false, haveSign = false, paren = false, closed = false;
+    // One sign, before or after the number, unless a parenthesis makes it negative.
+    auto eatSign = [&] {
         if (i < n && (s[i] == '+' || s[i] == '-') && !haveSign && !paren) {
             negative = s[i] == '-';
             haveSign = true;
             ++i;
-            progress = true;
-        } else if (i < n && s[i] == '(' && !paren && !haveSign) {
-            paren = true;
-            negative = true;
-            ++i;
-            progress = true;
-        } else if (eatCurrency()) {
-            progress = true;
+            return true;
         }
+        return false;
+    };
+    auto eatChar = [&](char c, bool allowed) {
+        if (i < n && s[i] == c && allowed) {
+            ++i;
+            return true;
+        }
+        return false;
+    };
+    // Leading markers: blanks, one sign, an opening parenthesis, the currency symbol.
+    for (bool progress = true; progress;) {
+        skipBlanks();
+        progress = eatSign() || eatCurrency();
+        if (!progress && eatChar('(', !paren && !haveSign)) progress = paren = negative = true;
     }
 
     std::string plain;  // the number rebuilt for the locale-free reader
@@ -163,22 +168,10 @@ std::optional<double> parseNumber(std::string_view s, const Regional& r) {
     }
 
     // Trailing markers: the currency symbol, one sign (if none led), the closing parenthesis.
-    bool closed = false;
     for (bool progress = true; progress;) {
-        progress = false;
         skipBlanks();
-        if (i < n && (s[i] == '+' || s[i] == '-') && !haveSign && !paren) {
-            negative = s[i] == '-';
-            haveSign = true;
-            ++i;
-            progress = true;
-        } else if (i < n && s[i] == ')' && paren && !closed) {
-            closed = true;
-            ++i;
-            progress = true;
-        } else if (eatCurrency()) {
-            progress = true;
-        }
+        progress = eatSign() || eatCurrency();
+        if (!progress && eatChar(')', paren && !closed)) progress = closed = true;
     }
     if (i != n || paren != closed) return std::nullopt;
     return negative ? -value : value;
