@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "frame/services/data_service.hpp"
+#include "frame/statement.hpp"
 #include "frame/variants.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/object.hpp"
@@ -66,17 +67,18 @@ public:
     void MoveNext();
     void MovePrevious();
     bool ExistenRegistros();
-    void FindRecord(const std::string& Criteria);
+    // Searches the field the class declares, or field Index where it searches by Index.
+    void FindRecord(const std::string& Criteria, int16_t Index = 0);
 
     // ---- transactions on cnnPrimary ----
     void CnnBeginTrans();
     void CnnCommitTrans();
     void CnnRollbackTrans();
 
-    // ---- statement members (configured by the variants) ----
-    // NuevoCodigo: WithinCode takes vCod; WholeTable ignores it.
+    // ---- statement members (the class's templates) ----
+    // vCod goes into the template where it has a hole for it.
     Variant NuevoCodigo(const Variant& vCod, ConnPtr& objCn);
-    // DeleteAll: NumberAndDate uses dtFecha; NumberOneBlank ignores it.
+    // dtFecha goes into the template where it has a hole for it.
     void DeleteAll(const Variant& vId, const DateValue& dtFecha, ConnPtr& cnnActive);
     void ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
                         ConnPtr& cnnActive);
@@ -116,31 +118,30 @@ public:
 protected:
     // ---- helpers for the class's own statement members ----
     std::string table() const { return std::string(v_.table); }
+    // A template of the class filled with values ({table} is the class's table).
+    Statement fill(const Template& t, HoleValues values) const { return t.fill(values, v_.table); }
     // The optional-connection rule of a writing member: fill an unset argument from
     // GetConexion(iBase, no object, 0), then run the statement on it.
-    static void execute(const std::string& sql, ConnPtr& objCn, int iBase = kBase);
+    static void execute(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
     // A reading member: a new local recordset opened on sql with the connection as
     // it came (unset included).
-    static RsPtr open(const std::string& sql, ConnPtr& objCn, int iBase = kBase);
-    // The literal of a date in a statement: FechaSql(4, date).
-    static std::string fechaSql(const DateValue& d);
-    // The text of a variant key as it goes into a statement.
-    static std::string keyText(const Variant& v);
+    static RsPtr open(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
     // Copies a field into a text argument unless the field is Null.
     static void copyIfNotNull(ado::Recordset& rs, std::string_view field, std::string& target);
     static bool bofAndEof(ado::Recordset& rs);
+    // The runtime's sum of a value and a whole number (a Long while it fits).
+    static Variant plus(const Variant& v, int32_t n);
     static int32_t recordCount(ado::Recordset& rs);
 
     // The recordset that the members work on; error 91 while unset.
     ado::Recordset& rs();
 
 private:
-    std::string selectionDate(const DateValue& d) const;
     void restoreSavedOrder(const std::string& key);
+    Variant defaultValue(ValueSource source);
     void attachEvents();
     void detachEvents();
     void ensureConnection();
-    Variant addNewKey();
     void raiseMoveComplete();
     friend class MoveRelay;
 

@@ -9,7 +9,7 @@ namespace hist::frame {
 namespace {
 
 using B = ClassBuilder<RecordClass>;
-using Adder = void (*)(B&, const ClassVariants&);
+using Adder = void (*)(B&);
 
 // Omitted listing arguments take the listing's own defaults.
 std::vector<Param> listingParams() {
@@ -17,160 +17,179 @@ std::vector<Param> listingParams() {
             optRef("bFilter", PT::Boolean, Variant(false))};
 }
 
-// Every frame member by name. Members whose arguments depend on the class's
-// variants pick their shape here.
+// Every frame member by name, with every argument it can take; a class's declared
+// argument list (ClassVariants::signatures) picks from them by name.
 const std::map<std::string, Adder, std::less<>>& frameMembers() {
     static const std::map<std::string, Adder, std::less<>> table = {
-        {"sClassName", [](B& b, const ClassVariants&) { b.get("sClassName", &RecordClass::sClassName); }},
+        {"sClassName", [](B& b) { b.get("sClassName", &RecordClass::sClassName); }},
         {"GetConnection",
-         [](B& b, const ClassVariants&) { b.method("GetConnection", {}, &RecordClass::GetConnection); }},
+         [](B& b) { b.method("GetConnection", {}, &RecordClass::GetConnection); }},
         {"GetConnectionStrToRpt",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("GetConnectionStrToRpt",
                       {inout("sDbtype", PT::String), inout("sDataSource", PT::String), inout("sCatalog", PT::String),
                        inout("sUser", PT::String), inout("sPasw", PT::String)},
                       &RecordClass::GetConnectionStrToRpt);
          }},
         {"GetConnectionStr",
-         [](B& b, const ClassVariants&) { b.method("GetConnectionStr", {}, &RecordClass::GetConnectionStr); }},
+         [](B& b) { b.method("GetConnectionStr", {}, &RecordClass::GetConnectionStr); }},
         {"GetRptPath",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("GetRptPath", {inout("sRptPath", PT::String)}, &RecordClass::GetRptPath);
          }},
         {"DeleteAll",
-         [](B& b, const ClassVariants& v) {
-             switch (v.deleteAll) {
-                 case DeleteAllForm::NumberAndDate:
-                     b.method("DeleteAll", {in("vId"), inout("dtFecha", PT::Date), optObj("cnnActive")},
-                              &RecordClass::DeleteAll);
-                     break;
-                 case DeleteAllForm::NumberOneBlank:
-                     b.method("DeleteAll", {in("vId"), optObj("cnnActive")},
-                              [](RecordClass& c, const Variant& vId, ConnPtr& cn) { c.DeleteAll(vId, {}, cn); });
-                     break;
-             }
+         [](B& b) {
+             b.method("DeleteAll", {in("vId"), inout("dtFecha", PT::Date), optObj("cnnActive")},
+                      &RecordClass::DeleteAll);
          }},
         {"IniciaRs",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("IniciaRs",
                       {optObj("cnnActive"), optRef("sSelecSql", PT::String), optRef("id"),
                        optRef("dtFecha", PT::Date)},
                       &RecordClass::IniciaRs);
          }},
         {"ConvertirSerie",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("ConvertirSerie", {in("vId"), in("vNewId"), in("sSerie", PT::String), optObj("cnnActive")},
                       &RecordClass::ConvertirSerie);
          }},
         {"NuevoCodigo",
-         [](B& b, const ClassVariants& v) {
-             switch (v.nuevoCodigo) {
-                 case NuevoCodigoForm::WithinCode:
-                     b.method("NuevoCodigo", {inout("vCod"), optObj("objCn")},
-                              [](RecordClass& c, Variant& vCod, ConnPtr& cn) { return c.NuevoCodigo(vCod, cn); });
-                     break;
-                 case NuevoCodigoForm::WholeTable:
-                     b.method("NuevoCodigo", {optObj("objCn")},
-                              [](RecordClass& c, ConnPtr& cn) { return c.NuevoCodigo(Variant(), cn); });
-                     break;
-             }
-         }},
+         [](B& b) { b.method("NuevoCodigo", {inout("vCod"), optObj("objCn")}, &RecordClass::NuevoCodigo); }},
         {"SeguridadPermiso",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("SeguridadPermiso", {inout("sId", PT::String)}, &RecordClass::SeguridadPermiso);
          }},
-        {"EditingRecord", [](B& b, const ClassVariants&) { b.get("EditingRecord", &RecordClass::EditingRecord); }},
+        {"EditingRecord", [](B& b) { b.get("EditingRecord", &RecordClass::EditingRecord); }},
         {"AbsolutePosition",
-         [](B& b, const ClassVariants&) { b.get("AbsolutePosition", &RecordClass::AbsolutePosition); }},
+         [](B& b) { b.get("AbsolutePosition", &RecordClass::AbsolutePosition); }},
         {"AddNew",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("AddNew", {optRef("bDefVal", PT::Boolean, Variant(true))}, &RecordClass::AddNew);
          }},
-        {"Delete", [](B& b, const ClassVariants&) { b.method("Delete", {}, &RecordClass::Delete); }},
+        {"Delete", [](B& b) { b.method("Delete", {}, &RecordClass::Delete); }},
         {"MoveToBookmark",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("MoveToBookmark", {inout("mybookmark")}, &RecordClass::MoveToBookmark);
          }},
         {"Requery",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("Requery", {optRef("sSelecSql", PT::String)}, &RecordClass::Requery);
          }},
-        {"Update", [](B& b, const ClassVariants&) { b.method("Update", {}, &RecordClass::Update); }},
+        {"Update", [](B& b) { b.method("Update", {}, &RecordClass::Update); }},
         {"UpdateId",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("UpdateId", {inout("vId"), inout("dFecha", PT::Date)}, &RecordClass::UpdateId);
          }},
         {"CnnBeginTrans",
-         [](B& b, const ClassVariants&) { b.method("CnnBeginTrans", {}, &RecordClass::CnnBeginTrans); }},
+         [](B& b) { b.method("CnnBeginTrans", {}, &RecordClass::CnnBeginTrans); }},
         {"CnnCommitTrans",
-         [](B& b, const ClassVariants&) { b.method("CnnCommitTrans", {}, &RecordClass::CnnCommitTrans); }},
+         [](B& b) { b.method("CnnCommitTrans", {}, &RecordClass::CnnCommitTrans); }},
         {"CnnRollbackTrans",
-         [](B& b, const ClassVariants&) { b.method("CnnRollbackTrans", {}, &RecordClass::CnnRollbackTrans); }},
-        {"Cancel", [](B& b, const ClassVariants&) { b.method("Cancel", {}, &RecordClass::Cancel); }},
-        {"MoveFirst", [](B& b, const ClassVariants&) { b.method("MoveFirst", {}, &RecordClass::MoveFirst); }},
-        {"MoveLast", [](B& b, const ClassVariants&) { b.method("MoveLast", {}, &RecordClass::MoveLast); }},
-        {"MoveNext", [](B& b, const ClassVariants&) { b.method("MoveNext", {}, &RecordClass::MoveNext); }},
+         [](B& b) { b.method("CnnRollbackTrans", {}, &RecordClass::CnnRollbackTrans); }},
+        {"Cancel", [](B& b) { b.method("Cancel", {}, &RecordClass::Cancel); }},
+        {"MoveFirst", [](B& b) { b.method("MoveFirst", {}, &RecordClass::MoveFirst); }},
+        {"MoveLast", [](B& b) { b.method("MoveLast", {}, &RecordClass::MoveLast); }},
+        {"MoveNext", [](B& b) { b.method("MoveNext", {}, &RecordClass::MoveNext); }},
         {"MovePrevious",
-         [](B& b, const ClassVariants&) { b.method("MovePrevious", {}, &RecordClass::MovePrevious); }},
+         [](B& b) { b.method("MovePrevious", {}, &RecordClass::MovePrevious); }},
         {"ExistenRegistros",
-         [](B& b, const ClassVariants&) { b.method("ExistenRegistros", {}, &RecordClass::ExistenRegistros); }},
+         [](B& b) { b.method("ExistenRegistros", {}, &RecordClass::ExistenRegistros); }},
         {"FindRecord",
-         [](B& b, const ClassVariants& v) {
-             switch (v.find) {
-                 case FindField::Second:
-                     b.method("FindRecord", {in("Criteria", PT::String)}, &RecordClass::FindRecord);
-                     break;
-             }
+         [](B& b) {
+             b.method("FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))},
+                      &RecordClass::FindRecord);
          }},
         {"ValidaDefinedSize",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("ValidaDefinedSize", {inout("Text")}, &RecordClass::ValidaDefinedSize);
          }},
         {"ValidaKey",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("ValidaKey", {inout("Text"), in("KeyAscii", PT::Integer)}, &RecordClass::ValidaKey);
          }},
         {"ValidaValue",
-         [](B& b, const ClassVariants&) { b.method("ValidaValue", {inout("Text")}, &RecordClass::ValidaValue); }},
+         [](B& b) { b.method("ValidaValue", {inout("Text")}, &RecordClass::ValidaValue); }},
         {"GetFilter",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("GetFilter", {in("sLlave", PT::String)}, &RecordClass::GetFilter);
          }},
         {"AplyFilter",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("AplyFilter", {in("Criteria", PT::String)}, &RecordClass::AplyFilter);
          }},
         {"CreateFilter",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("CreateFilter", {inout("ctl"), optRef("iType", PT::String)}, &RecordClass::CreateFilter);
          }},
         {"SetFilter",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("SetFilter", {inout("Criteria", PT::String), inout("sLlave", PT::String)},
                       &RecordClass::SetFilter);
          }},
         {"SetOrder",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("SetOrder",
                       {inout("Index", PT::Integer), inout("Mode", PT::String), inout("sLlave", PT::String)},
                       &RecordClass::SetOrder);
          }},
         {"GetOrder",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              b.method("GetOrder", {inout("Index", PT::Integer), inout("Mode", PT::String), in("sLlave", PT::String)},
                       &RecordClass::GetOrder);
          }},
-        {"GetHtmlFile", [](B& b, const ClassVariants&) { b.method("GetHtmlFile", {}, &RecordClass::GetHtmlFile); }},
+        {"GetHtmlFile", [](B& b) { b.method("GetHtmlFile", {}, &RecordClass::GetHtmlFile); }},
         {"ToHtmlGrid",
-         [](B& b, const ClassVariants&) {
+         [](B& b) {
              std::vector<Param> p = listingParams();
              p.insert(p.begin(), inout("clColfields"));
              b.method("ToHtmlGrid", std::move(p), &RecordClass::ToHtmlGrid);
          }},
-        {"ToHtml", [](B& b, const ClassVariants&) { b.method("ToHtml", listingParams(), &RecordClass::ToHtml); }},
-        {"ToTxt", [](B& b, const ClassVariants&) { b.method("ToTxt", listingParams(), &RecordClass::ToTxt); }},
+        {"ToHtml", [](B& b) { b.method("ToHtml", listingParams(), &RecordClass::ToHtml); }},
+        {"ToTxt", [](B& b) { b.method("ToTxt", listingParams(), &RecordClass::ToTxt); }},
     };
     return table;
+}
+
+
+// The value a parameter the class's list leaves out receives: its declared default,
+// else Missing for a Variant and the type's zero for a typed one.
+Variant leftOut(const Param& p) {
+    if (!p.defaultValue.isMissing()) return p.defaultValue;
+    return p.type == PT::Variant ? Variant::missing() : zeroOf(p.type);
+}
+
+// The member called with the class's own argument list: each declared argument goes
+// to the parameter of the same name, the others take leftOut, and what the member
+// writes comes back to the declared arguments.
+Member withSignature(const Member& common, const std::vector<Param>& declared) {
+    std::vector<size_t> slot;
+    for (const Param& d : declared) {
+        size_t k = 0;
+        while (k < common.params.size() && foldName(common.params[k].name) != foldName(d.name)) ++k;
+        if (k == common.params.size())
+            throw std::logic_error(common.name + " has no parameter " + d.name);
+        slot.push_back(k);
+    }
+    Member m = common;
+    m.params = declared;
+    m.invoke = [invoke = common.invoke, params = common.params, slot](Object& o, Args& a) {
+        Args all;
+        for (const Param& p : params) all.push_back(leftOut(p));
+        for (size_t j = 0; j < slot.size(); ++j) all[slot[j]] = a[j];
+        auto back = [&] {
+            for (size_t j = 0; j < slot.size(); ++j) a[j] = all[slot[j]];
+        };
+        try {
+            Variant r = invoke(o, all);
+            back();
+            return r;
+        } catch (...) {
+            back();
+            throw;
+        }
+    };
+    return m;
 }
 
 }  // namespace
@@ -179,8 +198,16 @@ bool addFrameMember(ClassInfo& info, std::string_view name, const ClassVariants&
     const auto& table = frameMembers();
     auto it = table.find(name);
     if (it == table.end()) return false;
-    B b(info);
-    it->second(b, v);
+    ClassInfo common(info.name(), {});
+    B b(common);
+    it->second(b);
+    const Member& m = common.members().front();
+    // FindRecord takes Index only in the classes that declare it.
+    static const std::vector<Param> findByCriteria{in("Criteria", PT::String)};
+    const std::vector<Param>* declared = v.signatureOf(name);
+    if (!declared && name == "FindRecord") declared = &findByCriteria;
+    if (declared) info.add(withSignature(m, *declared));
+    else info.add(m);
     return true;
 }
 

@@ -1,13 +1,19 @@
 #pragma once
-// The table of variants a record class declares next to its constants. The frame
-// (record.hpp) reads it to decide, member by member, which of the known forms the
-// class follows; a class file holds this table, its SQL text and its own members,
-// and nothing of the shared behaviour.
+// What a record class declares next to its own members: its table, its statement
+// templates, its IniciaRs keywords, the argument lists where it differs from the
+// common interface, and the facts on which the shared members differ between
+// classes. The frame (record.hpp) reads the declaration; a class file holds this,
+// its own members and its interface list, and nothing of the shared behaviour.
 //
-// Each enumeration lists only the forms some class in the library uses; a new form
-// is added together with the class that needs it.
+// Fields with a default hold what most classes do; a declaration names the fields
+// where its class differs, and every field without a default.
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
+
+#include "frame/statement.hpp"
+#include "platform/dispatch.hpp"
 
 namespace hist::frame {
 
@@ -22,46 +28,57 @@ enum class OpenForm : uint8_t {
     B,
 };
 
-// How a date goes into the key clause of IniciaRs.
-enum class SelectionDate : uint8_t {
-    FechaSql,       // FechaSql(4, date) unconditionally
-    ServerBranch,   // bFechaServidor(4) chooses FechaSql(4, date) or FechaSqlLocal(date)
+// FindRecord's field position when the class searches the field its Index argument names.
+inline constexpr int16_t kFindByIndex = -1;
+
+// One IniciaRs keyword. The keyword is compared exactly; a keyword the class does not
+// list opens the default SELECT and writes "todos" back.
+struct Selection {
+    std::string_view keyword;
+    // Appended to the default SELECT; its holes are {id} and the date hole
+    // ({F:dtFecha} or {FL:dtFecha}) of IniciaRs's arguments.
+    Template clause;
+    bool restoresOrder = true;  // the saved order is restored (where the class restores it on IniciaRs)
 };
 
-// What Update does. All: UpdateBatch over every pending row, rows or none.
-enum class UpdateForm : uint8_t { All };
-
-// What Delete does. Batch: Delete the current row, then UpdateBatch over all rows.
-enum class DeleteForm : uint8_t { Batch };
-
-// Which field FindRecord searches. Second: the field at position 1.
-enum class FindField : uint8_t { Second };
-
-// Whether the class relays its recordset's MoveComplete as its own event.
-enum class EventForm : uint8_t { Event };
-
-// The form of the DELETE statement of DeleteAll.
-enum class DeleteAllForm : uint8_t {
-    // "DELETE  FROM <table>  WHERE (<key> = <vId> AND <date column> = <date> )"
-    NumberAndDate,
-    // "DELETE  FROM <table> WHERE (<key> = <vId>)"
-    NumberOneBlank,
+// Where a value that a member writes into a field comes from.
+enum class ValueSource : uint8_t {
+    RecordCount,            // the recordset's RecordCount (a temporary row number)
+    NuevoCodigoPlusCount,   // NuevoCodigo(GetConnection) + RecordCount
+    Counter,                // a 16-bit counter from 1 (UpdateId)
 };
 
-// What NuevoCodigo takes and how it scopes the maximum.
-enum class NuevoCodigoForm : uint8_t {
-    WithinCode,  // argument vCod; suffix " Where Codigo = <vCod>"
-    WholeTable,  // no argument; no suffix
+// One field AddNew writes into the new row when bDefVal holds.
+struct FieldDefault {
+    std::string_view field;
+    ValueSource source;
 };
 
-// How UpdateId numbers the rows. Counter: every row, parent field := vId,
-// "ID" := a 16-bit counter from 1, "Fecha" := dFecha, then MoveFirst.
-enum class UpdateIdForm : uint8_t { Counter };
+// What Update does: UpdateBatch with its scope (3 every pending row, 1 the current
+// one); with the guard, nothing at all on an empty selection.
+struct UpdateForm {
+    bool guard = false;
+    int32_t scope = 3;
+};
 
-// The default AddNew writes into the key field "ID".
-enum class AddNewKey : uint8_t {
-    RecordCount,             // RecordCount (a temporary row number)
-    NuevoCodigoPlusCount,    // NuevoCodigo(GetConnection) + RecordCount
+// What Delete does after marking the current row deleted.
+enum class DeleteForm : uint8_t {
+    Batch,  // UpdateBatch over every pending row
+};
+
+// How UpdateId numbers the rows a host built with AddNew: the parent field := vId,
+// "ID" := the key source, "Fecha" := dFecha where written, Update, next row.
+struct UpdateIdForm {
+    std::string_view parent = {};               // the parent field
+    ValueSource key = ValueSource::Counter;     // what "ID" receives
+    bool writesFecha = true;                    // "Fecha" := dFecha
+    bool moveFirstAfter = true;                 // MoveFirst once every row is numbered
+};
+
+// The argument list of a member where the class's differs from the common interface.
+struct Signature {
+    std::string_view member;
+    std::vector<Param> params;
 };
 
 // Which columns the listing ToHtmlGrid walks and where each cell's value comes from.
@@ -98,52 +115,52 @@ enum class KeyForm : uint8_t {
     WholePrecision,     // as Table, but a 32-bit integer takes its whole Precision
 };
 
-// A field with a default holds the form most classes follow; a class's table names
-// the fields where it differs, and every field without a default.
 struct ClassVariants {
-    std::string_view className;  // the class's registered name
-    std::string_view table;      // what sClassName returns
+    std::string_view className = {};  // the class's registered name
+    std::string_view table = {};      // what sClassName returns; fills {table} in the templates
 
-    // IniciaRs
-    std::string_view selectSql;  // the default SELECT, without a WHERE clause
-    // "seleccion" adds " Where (<selectionKey> = <id> AND Fecha = <date> )";
-    // "ninguno" adds noneClause.
-    std::string_view selectionKey;
-    std::string_view noneClause = " Where Id = 0";
+    // ---- statements ----
+    Template select = {};                     // IniciaRs's default SELECT, without a WHERE clause
+    std::vector<Selection> selections = {};   // the keywords beyond "todos"
+    Template nuevoCodigo = {};                // the maximum NuevoCodigo reads, as "Nuevo_Codigo"
+    bool nuevoCodigoCloses = false;      // close its recordset after reading
+    Template deleteAll = {};
+    Template convertirSerie = {};
+    std::vector<NamedStatement> statements = {};  // the templates of the class's own members
+
+    // ---- argument lists that differ from the common interface ----
+    std::vector<Signature> signatures = {};
+
+    // ---- opening ----
     OpenForm open = OpenForm::A;
-    SelectionDate selectionDate = SelectionDate::FechaSql;
     bool orderOnIniciaRs = false;  // restore the saved order at the end of IniciaRs
     bool orderOnRequery = false;   // ... and of Requery
+    bool relaysMoveComplete = true;  // the recordset's MoveComplete is raised as the class's own
     std::string_view requeryDefaultKey = "Todos";  // written into an empty sSelecSql by Requery
 
-    // Editing
-    UpdateForm update = UpdateForm::All;
+    // ---- editing ----
+    std::vector<FieldDefault> addNewDefaults = {{"ID", ValueSource::RecordCount}};
+    UpdateForm update = {};
     DeleteForm del = DeleteForm::Batch;
-    FindField find = FindField::Second;
-    EventForm events = EventForm::Event;
-    AddNewKey addNewKey = AddNewKey::RecordCount;
+    int16_t findField = 1;  // the field FindRecord searches, by position
+    UpdateIdForm updateId = {};
 
-    // Statements
-    NuevoCodigoForm nuevoCodigo = NuevoCodigoForm::WholeTable;
-    std::string_view nuevoCodigoColumn;  // MAX(<column>)
-    bool nuevoCodigoCloses = false;      // close the recordset after reading the maximum
-    DeleteAllForm deleteAll = DeleteAllForm::NumberOneBlank;
-    std::string_view deleteAllKey;       // the key column of DeleteAll
-    std::string_view deleteAllDateColumn = {};  // its date column (NumberAndDate only)
-    std::string_view convertirSerieKey;  // the key column of ConvertirSerie
-    UpdateIdForm updateId = UpdateIdForm::Counter;
-    std::string_view updateIdParent;     // the parent field UpdateId writes
-
-    // Record tools
+    // ---- record tools ----
     std::string_view permissionGroup = {};  // the rights group SeguridadPermiso asks about
     FilterForm filter = FilterForm::Base;
     DefinedSizeForm definedSize = DefinedSizeForm::Table;
     KeyForm key = KeyForm::Table;
 
-    // Listings (ToHtmlGrid, ToHtml, ToTxt)
+    // ---- listings (ToHtmlGrid, ToHtml, ToTxt) ----
     ListingWalk listingWalk = ListingWalk::RecordFields;
     bool listingSavedOrder = true;  // false: a clone sorts by field 0, GetOrder is not asked
     bool listingSums = false;       // the document classes' block of sums after the table
+
+    // The declared argument list of a member, or null for the common one.
+    const std::vector<Param>* signatureOf(std::string_view member) const;
+    // Every statement form of the class with {table} filled, named as
+    // "IniciaRs[<keyword>]", "NuevoCodigo", ..., then the own members' statements.
+    std::vector<std::pair<std::string, std::string>> templates() const;
 };
 
 }  // namespace hist::frame

@@ -15,26 +15,25 @@ namespace {
 
 // ------------------------------------------------------------ ClsOrdenesComentarios
 
-constexpr ClassVariants kOrdenes{
+constexpr Template kInsertarOrden =
+    "INSERT INTO HOrdenes_Comentarios ( Id, Codigo, Comentarios, Descripcion, Fecha) Values ( {Id} , '{vCodigo}', "
+    "'{sComent}', '{sDescripcion}' , {F:dtFecha} )";
+constexpr Template kObtenerOrden = "SELECT Comentarios, Descripcion  FROM HOrdenes_Comentarios WHERE  Codigo = {vId}";
+
+const ClassVariants kOrdenes{
     .className = "ClsOrdenesComentarios",
     .table = "HOrdenes_Comentarios",
-    .selectSql = "SELECT Id, Codigo AS Código, Comentarios, Descripcion as Descripción, Fecha FROM "
-                 "HOrdenes_Comentarios",
-    .selectionKey = "Codigo",
+    .select = "SELECT Id, Codigo AS Código, Comentarios, Descripcion as Descripción, Fecha FROM HOrdenes_Comentarios",
+    .selections = {{"seleccion", " Where (Codigo = {id} AND Fecha = {FL:dtFecha} )"}, {"ninguno", " Where Id = 0"}},
+    .nuevoCodigo = "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Comentarios Where Codigo = {vCod}",
+    .nuevoCodigoCloses = true,
+    .deleteAll = "DELETE  FROM HOrdenes_Comentarios  WHERE (Codigo = {vId} AND Fecha = {F:dtFecha} )",
+    .convertirSerie = "UPDATE HOrdenes_Comentarios SET Codigo = {vNewId} WHERE(Codigo = {vId})",
+    .statements = {{"Insertar", kInsertarOrden}, {"Obtener", kObtenerOrden}},
     .open = OpenForm::A,
-    .selectionDate = SelectionDate::ServerBranch,
     .orderOnIniciaRs = false,
     .orderOnRequery = true,
-    .addNewKey = AddNewKey::RecordCount,
-    .nuevoCodigo = NuevoCodigoForm::WithinCode,
-    .nuevoCodigoColumn = "ID",
-    .nuevoCodigoCloses = true,
-    .deleteAll = DeleteAllForm::NumberAndDate,
-    .deleteAllKey = "Codigo",
-    .deleteAllDateColumn = "Fecha",
-    .convertirSerieKey = "Codigo",
-    .updateId = UpdateIdForm::Counter,
-    .updateIdParent = "Código",
+    .updateId = {.parent = "Código"},
     .permissionGroup = "HOrdenes",
     .definedSize = DefinedSizeForm::LongTextConstant,
 };
@@ -51,44 +50,53 @@ constexpr std::array<std::string_view, 42> kOrdenesInterface{
 
 // ------------------------------------------------------------ the three document comments
 
-// What the comments of customer orders, delivery notes and invoices declare alike.
-constexpr ClassVariants documentComments(std::string_view className, std::string_view table,
-                                         std::string_view selectSql, std::string_view permissionGroup) {
+constexpr Template kInsertarDocumento =
+    "INSERT INTO {table} ( Id, Codigo, Comentarios, Fecha) Values ( {Id} , '{vCodigo}', '{sComent}', {F:dtFecha} )";
+constexpr Template kObtenerDocumento = "SELECT Comentarios FROM {table} WHERE Codigo = {vId}";
+
+// What the comments of customer orders, delivery notes and invoices declare alike:
+// numbered across the table, keyed on the document alone.
+ClassVariants documentComments(std::string_view className, std::string_view table, Template select,
+                               std::string_view permissionGroup, std::vector<NamedStatement> statements) {
     return ClassVariants{
         .className = className,
         .table = table,
-        .selectSql = selectSql,
-        .selectionKey = "Codigo",
+        .select = select,
+        .selections = {{"seleccion", " Where (Codigo = {id} AND Fecha = {F:dtFecha} )"}, {"ninguno", " Where Id = 0"}},
+        .nuevoCodigo = "SELECT MAX(Id) AS Nuevo_Codigo FROM {table}",
+        .deleteAll = "DELETE  FROM {table} WHERE (Codigo = {vId})",
+        .convertirSerie = "UPDATE {table} SET Codigo = {vNewId} WHERE(Codigo = {vId})",
+        .statements = std::move(statements),
+        .signatures = {{"NuevoCodigo", {optObj("objCn")}}, {"DeleteAll", {in("vId"), optObj("cnnActive")}}},
         .open = OpenForm::B,
-        .selectionDate = SelectionDate::FechaSql,
         .orderOnIniciaRs = true,
         .orderOnRequery = true,
-        .addNewKey = AddNewKey::NuevoCodigoPlusCount,
-        .nuevoCodigo = NuevoCodigoForm::WholeTable,
-        .nuevoCodigoColumn = "Id",
-        .nuevoCodigoCloses = false,
-        .deleteAll = DeleteAllForm::NumberOneBlank,
-        .deleteAllKey = "Codigo",
-        .convertirSerieKey = "Codigo",
-        .updateId = UpdateIdForm::Counter,
-        .updateIdParent = "Código",
+        .addNewDefaults = {{"ID", ValueSource::NuevoCodigoPlusCount}},
+        .updateId = {.parent = "Código"},
         .permissionGroup = permissionGroup,
         .definedSize = DefinedSizeForm::LongTextConstant,
     };
 }
 
-constexpr ClassVariants kPedidos = documentComments(
-    "ClsPedidosCliComent", "HPedidos_Clientes_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HPedidos_Clientes_Comentarios", "Pedidos_Clientes");
+const ClassVariants kPedidos =
+    documentComments("ClsPedidosCliComent", "HPedidos_Clientes_Comentarios",
+                     "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM {table}", "Pedidos_Clientes",
+                     {{"Insertar", kInsertarDocumento}, {"Obtener", kObtenerDocumento}});
 
-constexpr ClassVariants kAlbaranes = documentComments(
-    "ClsAlbaranesComentarios", "HAlbaranes_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM HAlbaranes_Comentarios", "Albaranes_Clientes");
+const ClassVariants kAlbaranes =
+    documentComments("ClsAlbaranesComentarios", "HAlbaranes_Comentarios",
+                     "SELECT Id, Codigo AS Código, Comentarios, Fecha FROM {table}", "Albaranes_Clientes",
+                     {{"Insertar", kInsertarDocumento}, {"Obtener", kObtenerDocumento}});
 
 // The main selection writes the date column in lower case, so the field is "fecha".
-constexpr ClassVariants kFacturas = documentComments(
-    "ClsFacturasComentarios", "HFacturas_Comentarios",
-    "SELECT Id, Codigo AS Código, Comentarios, fecha FROM HFacturas_Comentarios", "Facturas");
+// Invoices' comments have no ConvertirSerie.
+const ClassVariants kFacturas = [] {
+    ClassVariants v = documentComments("ClsFacturasComentarios", "HFacturas_Comentarios",
+                                       "SELECT Id, Codigo AS Código, Comentarios, fecha FROM {table}", "Facturas",
+                                       {{"Insertar", kInsertarDocumento}});
+    v.convertirSerie = {};
+    return v;
+}();
 
 constexpr std::array<std::string_view, 42> kPedidosInterface{
     "sClassName", "GetConnection", "ConvertirSerie", "GetConnectionStrToRpt", "GetConnectionStr", "DeleteAll",
@@ -124,16 +132,17 @@ void ClsOrdenesComentarios::Insertar(const Variant& vCodigo, std::string& sComen
                                      DateValue& dtFecha, ConnPtr& objCn) {
     // The new row's number comes first, on the caller's connection as it stands.
     const int32_t id = rt::CLng(NuevoCodigo(vCodigo, objCn));
-    const std::string sql = "INSERT INTO HOrdenes_Comentarios ( Id, Codigo, Comentarios, Descripcion, Fecha) Values ( " +
-                            std::to_string(id) + " , '" + keyText(vCodigo) + "', '" + sComent + "', '" +
-                            sDescripcion + "' , " + fechaSql(dtFecha) + " )";
-    execute(sql, objCn);
+    execute(fill(kInsertarOrden, {{"Id", Variant(id)},
+                                  {"vCodigo", vCodigo},
+                                  {"sComent", Variant(sComent)},
+                                  {"sDescripcion", Variant(sDescripcion)},
+                                  {"dtFecha", Variant(dtFecha)}}),
+            objCn);
 }
 
 void ClsOrdenesComentarios::Obtener(const Variant& vId, std::string& sComent, std::string& sDescripcion,
                                     ConnPtr& objCn) {
-    RsPtr r = open("SELECT Comentarios, Descripcion  FROM HOrdenes_Comentarios WHERE  Codigo = " + keyText(vId),
-                   objCn);
+    RsPtr r = open(fill(kObtenerOrden, {{"vId", vId}}), objCn);
     // Of several comments of an order, the last one is read.
     if (!r->Bof() && !r->Eof()) {
         r->MoveLast();
@@ -146,14 +155,15 @@ void ClsOrdenesComentarios::Obtener(const Variant& vId, std::string& sComent, st
 
 void DocumentComments::Insertar(const Variant& vCodigo, std::string& sComent, DateValue& dtFecha, ConnPtr& objCn) {
     const int32_t id = rt::CLng(NuevoCodigo(Variant(), objCn));
-    const std::string sql = "INSERT INTO " + table() + " ( Id, Codigo, Comentarios, Fecha) Values ( " +
-                            std::to_string(id) + " , '" + keyText(vCodigo) + "', '" + sComent + "', " +
-                            fechaSql(dtFecha) + " )";
-    execute(sql, objCn);
+    execute(fill(kInsertarDocumento, {{"Id", Variant(id)},
+                                      {"vCodigo", vCodigo},
+                                      {"sComent", Variant(sComent)},
+                                      {"dtFecha", Variant(dtFecha)}}),
+            objCn);
 }
 
 void DocumentComments::Obtener(const Variant& vId, std::string& sComentarios, ConnPtr& objCn) {
-    RsPtr r = open("SELECT Comentarios FROM " + sClassName() + " WHERE Codigo = " + keyText(vId), objCn);
+    RsPtr r = open(fill(kObtenerDocumento, {{"vId", vId}}), objCn);
     // Of several comments of a document, the first one is read.
     if (recordCount(*r) > 0) copyIfNotNull(*r, "Comentarios", sComentarios);
 }

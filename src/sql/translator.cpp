@@ -143,6 +143,11 @@ private:
                 syntax("Syntax error in query expression '" + from(i) + "'.");
             if (t.kind == Tok::Other) syntax("Syntax error in query expression '" + from(i) + "'.");
             if (t.is("&")) syntax("Syntax error in query expression '" + from(i) + "': the operator & is not supported.");
+            // The dialect has no comments; the engine would read "--" and "/*" as one and
+            // drop the rest of the statement.
+            if (i + 1 < toks_.size() && toks_[i + 1].pos == t.pos + 1 &&
+                ((t.is("-") && toks_[i + 1].is("-")) || (t.is("/") && toks_[i + 1].is("*"))))
+                syntax("Syntax error in query expression '" + from(i) + "'.");
             // A quote inside a value closes it early: the rest of the value follows
             // the string with no blank between.
             if (t.kind == Tok::String && i + 1 < toks_.size() &&

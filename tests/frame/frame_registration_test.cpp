@@ -16,18 +16,14 @@
 namespace hist::frame {
 namespace {
 
-constexpr ClassVariants kProbe{
+const ClassVariants kProbe{
     .className = "ClsProbe",
     .table = "HProbe",
-    .selectSql = "SELECT Id FROM HProbe",
-    .selectionKey = "Codigo",
+    .select = "SELECT Id FROM HProbe",
     .open = OpenForm::B,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
-    .nuevoCodigoColumn = "Id",
-    .deleteAllKey = "Codigo",
-    .convertirSerieKey = "Codigo",
-    .updateIdParent = "Código",
+    .updateId = {.parent = "Código"},
 };
 
 class ClsProbe : public RecordClass {

@@ -318,7 +318,7 @@ TEST_F(Listings, MissingSavedOrderOrFilterToolsFailWithTheirError) {
 // A class of the document kind (the grid's count, the block of sums) and one that
 // reads its cells by the columns' DataField and keeps no saved order, declared as
 // those classes will declare them.
-constexpr frame::ClassVariants listingVariants(std::string_view cls, std::string_view table,
+frame::ClassVariants listingVariants(std::string_view cls, std::string_view table,
                                                std::string_view select, frame::ListingWalk walk, bool sums,
                                                bool savedOrder) {
     frame::ClassVariants v = test::toolVariants(cls, table, select);
@@ -327,11 +327,11 @@ constexpr frame::ClassVariants listingVariants(std::string_view cls, std::string
     v.listingSavedOrder = savedOrder;
     return v;
 }
-constexpr frame::ClassVariants kDocumentLike = listingVariants(
+const frame::ClassVariants kDocumentLike = listingVariants(
     "PruebaFacturas", "HFacturas",
     "SELECT Numero, Base, Importe_Impuestos, Importe_IRPF, Total, Impreso, Gastos AS total FROM HFacturas",
     frame::ListingWalk::GridColumns, true, true);
-constexpr frame::ClassVariants kByDataField =
+const frame::ClassVariants kByDataField =
     listingVariants("PruebaFases", "HOrdenes_Fases", "SELECT ID, Fase, Cantidad FROM HOrdenes_Fases",
                     frame::ListingWalk::GridDataField, false, false);
 

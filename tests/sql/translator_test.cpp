@@ -134,6 +134,10 @@ const Failure kFailures[] = {
     {"other_statement", W, "DROP TABLE HOrdenes", err::SqlSyntax, "Invalid SQL statement"},
     {"empty", R, "  ", err::SqlSyntax, "Invalid SQL statement"},
     {"concatenation", R, "SELECT Serie & Numero FROM HOrdenes", err::SqlSyntax, "Syntax error"},
+    {"line_comment", W, "UPDATE HAlbaranes_Comentarios SET Codigo = 98 WHERE 1=1 --WHERE(Codigo = 11)",
+     err::SqlSyntax, "Syntax error in query expression '--WHERE"},
+    {"block_comment", R, "SELECT Numero FROM HOrdenes WHERE Numero = 1 /* AND Serie = 'A' */", err::SqlSyntax,
+     "Syntax error in query expression '/*"},
     {"other_format_mask", W, "UPDATE HOrdenes SET Base = Format(Base, 'Fixed')", err::SqlSyntax, "Undefined function"},
 };
 

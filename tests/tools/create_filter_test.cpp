@@ -21,10 +21,10 @@ using test::errorOf;
 
 using test::kAllTypes;
 
-constexpr frame::ClassVariants kBase = test::toolVariants("ClsPruebaBase", "HOrdenes_Lineas", kAllTypes);
-constexpr frame::ClassVariants kWide =
+const frame::ClassVariants kBase = test::toolVariants("ClsPruebaBase", "HOrdenes_Lineas", kAllTypes);
+const frame::ClassVariants kWide =
     test::toolVariants("ClsPruebaDocumento", "HOrdenes_Lineas", kAllTypes, FilterForm::WideRange);
-constexpr frame::ClassVariants kOrders =
+const frame::ClassVariants kOrders =
     test::toolVariants("ClsPruebaOrdenes", "HOrdenes_Lineas", kAllTypes, FilterForm::Orders);
 
 class CreateFilterTest : public test::ToolsFixture {
@@ -265,7 +265,7 @@ TEST_F(CreateFilterTest, AnObjectThatIsNoPlatformControlIsReadByName) {
 }
 
 // The conditions are the recordset's own dialect: joined, they filter real rows.
-constexpr frame::ClassVariants kLines = test::toolVariants(
+const frame::ClassVariants kLines = test::toolVariants(
     "ClsPruebaLineas", "HOrdenes_Lineas", "SELECT Codigo, Cantidad, Numero, Fecha FROM HOrdenes_Lineas");
 
 TEST_F(CreateFilterTest, JoinedConditionsFilterTheRecordset) {

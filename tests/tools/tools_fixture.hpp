@@ -42,7 +42,7 @@ constexpr const char* kAllTypes =
 
 // A variant table for a test class: the given selection and tool forms, the
 // common forms everywhere else.
-constexpr frame::ClassVariants toolVariants(std::string_view className, std::string_view table,
+inline frame::ClassVariants toolVariants(std::string_view className, std::string_view table,
                                             std::string_view selectSql,
                                             frame::FilterForm filter = frame::FilterForm::Base,
                                             frame::DefinedSizeForm definedSize = frame::DefinedSizeForm::Table,
@@ -51,13 +51,13 @@ constexpr frame::ClassVariants toolVariants(std::string_view className, std::str
     return frame::ClassVariants{
         .className = className,
         .table = table,
-        .selectSql = selectSql,
-        .selectionKey = "Codigo",
+        .select = frame::Template(selectSql),
+        .selections = {{"seleccion", " Where (Codigo = {id} AND Fecha = {F:dtFecha} )"}, {"ninguno", " Where Id = 0"}},
+        .nuevoCodigo = "SELECT MAX(Id) AS Nuevo_Codigo FROM {table}",
+        .deleteAll = "DELETE  FROM {table} WHERE (Codigo = {vId})",
+        .convertirSerie = "UPDATE {table} SET Codigo = {vNewId} WHERE(Codigo = {vId})",
         .open = frame::OpenForm::B,
-        .nuevoCodigoColumn = "Id",
-        .deleteAllKey = "Codigo",
-        .convertirSerieKey = "Codigo",
-        .updateIdParent = "Codigo",
+        .updateId = {.parent = "Codigo"},
         .permissionGroup = permissionGroup,
         .filter = filter,
         .definedSize = definedSize,

@@ -17,11 +17,11 @@ using test::kAllTypes;
 using test::control;
 using test::errorOf;
 
-constexpr frame::ClassVariants kTable = test::toolVariants("ClsPruebaTabla", "HOrdenes_Lineas", kAllTypes);
-constexpr frame::ClassVariants kWhole =
+const frame::ClassVariants kTable = test::toolVariants("ClsPruebaTabla", "HOrdenes_Lineas", kAllTypes);
+const frame::ClassVariants kWhole =
     test::toolVariants("ClsPruebaPrecision", "HOrdenes_Lineas", kAllTypes, FilterForm::Base,
                        DefinedSizeForm::WholePrecision, KeyForm::WholePrecision);
-constexpr frame::ClassVariants kLines =
+const frame::ClassVariants kLines =
     test::toolVariants("ClsPruebaSeleccion", "HOrdenes_Lineas", kAllTypes, FilterForm::Base, DefinedSizeForm::Table,
                        KeyForm::SelectionReplaces);
 

@@ -23,13 +23,13 @@ using test::errorOf;
 
 constexpr const char* kSelect =
     "SELECT Id, Codigo, Comentarios, Fecha, Descripcion AS [Mi campo] FROM HOrdenes_Comentarios";
-constexpr frame::ClassVariants kPlain = test::toolVariants("ClsPruebaVistas", "HOrdenes_Comentarios", kSelect);
+const frame::ClassVariants kPlain = test::toolVariants("ClsPruebaVistas", "HOrdenes_Comentarios", kSelect);
 
-constexpr frame::ClassVariants restoring(frame::ClassVariants v) {
+frame::ClassVariants restoring(frame::ClassVariants v) {
     v.orderOnIniciaRs = v.orderOnRequery = true;
     return v;
 }
-constexpr frame::ClassVariants kRestoring = restoring(kPlain);
+const frame::ClassVariants kRestoring = restoring(kPlain);
 
 const std::string kTodos =
     "SOFTWARE\\Laboratorio\\Historicos\\1.0\\Configuracion\\registros\\HOrdenes_Comentarios\\todos\\";
@@ -92,7 +92,7 @@ TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
     EXPECT_EQ(cls.primaryRecordset()->RecordCount(), 3);
 
     // Another table is another key.
-    constexpr frame::ClassVariants kOther =
+    const frame::ClassVariants kOther =
         test::toolVariants("ClsOtra", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios");
     frame::RecordClass other{kOther};
     EXPECT_EQ(other.GetFilter("todos"), "");
@@ -220,17 +220,17 @@ TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
 
 
 // A class of the given table in a permission group.
-constexpr frame::ClassVariants inGroup(std::string_view cls, std::string_view table, std::string_view select,
+frame::ClassVariants inGroup(std::string_view cls, std::string_view table, std::string_view select,
                                        std::string_view group) {
     return test::toolVariants(cls, table, select, frame::FilterForm::Base, frame::DefinedSizeForm::Table,
                               frame::KeyForm::Table, group);
 }
-constexpr frame::ClassVariants kVentas =
+const frame::ClassVariants kVentas =
     inGroup("ClsPruebaVentas", "HFacturas_Comentarios", "SELECT Id FROM HFacturas_Comentarios", "Facturas");
-constexpr frame::ClassVariants kRecibos = inGroup("ClsPruebaRecibos", "Recibos", "SELECT Id FROM Recibos", "Facturas");
-constexpr frame::ClassVariants kOrdenes =
+const frame::ClassVariants kRecibos = inGroup("ClsPruebaRecibos", "Recibos", "SELECT Id FROM Recibos", "Facturas");
+const frame::ClassVariants kOrdenes =
     inGroup("ClsPruebaOrdenes", "HOrdenes_Comentarios", "SELECT Id FROM HOrdenes_Comentarios", "HOrdenes");
-constexpr frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos", "SELECT Id FROM Recibos", "");
+const frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos", "SELECT Id FROM Recibos", "");
 
 class Permissions : public test::ToolsFixture {
 protected:

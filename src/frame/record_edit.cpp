@@ -1,0 +1,131 @@
+// Position, navigation, editing and the transaction members over the primary
+// recordset.
+#include "frame/record.hpp"
+
+#include "ado/connection.hpp"
+#include "ado/recordset.hpp"
+#include "platform/error.hpp"
+#include "platform/host_objects.hpp"
+#include "platform/runtime.hpp"
+
+namespace hist::frame {
+
+namespace {
+constexpr int kAffectCurrent = 1;
+constexpr int kAffectAll = 3;
+}  // namespace
+
+bool RecordClass::EditingRecord() {
+    try {
+        return rs().EditMode() != 0;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+int32_t RecordClass::AbsolutePosition() {
+    try {
+        return static_cast<int32_t>(rs().AbsolutePosition());
+    } catch (const Error&) {
+        return 0;
+    }
+}
+
+bool RecordClass::ExistenRegistros() { return !bofAndEof(rs()); }
+
+void RecordClass::MoveFirst() {
+    auto& r = rs();
+    if (!bofAndEof(r)) r.MoveFirst();
+}
+
+void RecordClass::MoveLast() {
+    auto& r = rs();
+    if (!bofAndEof(r)) r.MoveLast();
+}
+
+void RecordClass::MoveNext() {
+    auto& r = rs();
+    if (!r.Eof()) r.MoveNext();
+    // The cursor never rests past the end; running off it is told by a beep.
+    if (r.Eof() && r.RecordCount() >= 1) {
+        Events::beep();
+        r.MoveLast();
+    }
+}
+
+void RecordClass::MovePrevious() {
+    auto& r = rs();
+    if (!r.Bof()) r.MovePrevious();
+    if (r.Bof() && r.RecordCount() >= 1) {
+        Events::beep();
+        r.MoveFirst();
+    }
+}
+
+void RecordClass::MoveToBookmark(Variant& mybookmark) {
+    // Bookmarks travel as numbers: the leading numeric value of the text form.
+    const double bookmark = rt::Val(rt::CStr(mybookmark));
+    rs().SetBookmark(Variant(bookmark));
+}
+
+void RecordClass::FindRecord(const std::string& Criteria, int16_t Index) {
+    auto& r = rs();
+    const int16_t position = v_.findField == kFindByIndex ? Index : v_.findField;
+    const std::string field = r.Fields()->Item(Variant(position))->Name();
+    // The criterion is not escaped: it is a recordset filter, not a statement.
+    r.Find(field + " = '" + Criteria + "'", 0, 1, Variant::missing());
+}
+
+Variant RecordClass::defaultValue(ValueSource source) {
+    switch (source) {
+        case ValueSource::NuevoCodigoPlusCount: {
+            ConnPtr cn = GetConnection();
+            return plus(NuevoCodigo(Variant(), cn), recordCount(rs()));
+        }
+        case ValueSource::RecordCount:
+        case ValueSource::Counter:
+            break;
+    }
+    return Variant(recordCount(rs()));
+}
+
+void RecordClass::AddNew(bool& bDefVal) {
+    auto& r = rs();
+    r.AddNew();
+    if (!bDefVal) return;
+    for (const FieldDefault& d : v_.addNewDefaults) r.setValue(d.field, defaultValue(d.source));
+}
+
+void RecordClass::Update() {
+    auto& r = rs();
+    if (v_.update.guard && bofAndEof(r)) return;
+    r.UpdateBatch(v_.update.scope);
+}
+
+void RecordClass::Delete() {
+    switch (v_.del) {
+        case DeleteForm::Batch:
+            rs().Delete(kAffectCurrent);
+            rs().UpdateBatch(kAffectAll);
+            break;
+    }
+}
+
+void RecordClass::Cancel() { rs().CancelUpdate(); }
+
+void RecordClass::CnnBeginTrans() {
+    ensureConnection();
+    cnnPrimary_->BeginTrans();
+}
+
+void RecordClass::CnnCommitTrans() {
+    ensureConnection();
+    cnnPrimary_->CommitTrans();
+}
+
+void RecordClass::CnnRollbackTrans() {
+    ensureConnection();
+    cnnPrimary_->RollbackTrans();
+}
+
+}  // namespace hist::frame

@@ -1,0 +1,88 @@
+// The statement members every class shares, filled from the class's templates,
+// UpdateId, and the helpers a class's own Insertar and Obtener use.
+#include "frame/record.hpp"
+
+#include "ado/connection.hpp"
+#include "ado/recordset.hpp"
+#include "frame/service_calls.hpp"
+#include "platform/error.hpp"
+#include "platform/runtime.hpp"
+
+namespace hist::frame {
+
+Variant RecordClass::plus(const Variant& v, int32_t n) {
+    // The runtime's sum of a numeric value and a whole number: whole numbers stay a
+    // Long while they fit, anything else is a Double (a numeric text included).
+    const double sum = rt::CDbl(v) + n;
+    const VarType t = v.type();
+    const bool whole = t == VarType::Integer || t == VarType::Long || t == VarType::Boolean;
+    if (whole && sum >= -2147483648.0 && sum <= 2147483647.0) return Variant(static_cast<int32_t>(sum));
+    return Variant(sum);
+}
+
+Variant RecordClass::NuevoCodigo(const Variant& vCod, ConnPtr& objCn) {
+    RsPtr r = open(fill(v_.nuevoCodigo, {{"vCod", vCod}}), objCn);
+    Variant result(int16_t{0});
+    const Variant max = r->value("Nuevo_Codigo");
+    if (max.isNull()) {
+        result = Variant(int16_t{1});
+    } else if (rt::IsNumeric(max)) {
+        result = plus(max, 1);
+    } else {
+        result = max;
+    }
+    if (v_.nuevoCodigoCloses) r->Close();
+    return result;
+}
+
+void RecordClass::DeleteAll(const Variant& vId, const DateValue& dtFecha, ConnPtr& cnnActive) {
+    execute(fill(v_.deleteAll, {{"vId", vId}, {"dtFecha", Variant(dtFecha)}}), cnnActive);
+}
+
+void RecordClass::ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& /*sSerie*/,
+                                 ConnPtr& cnnActive) {
+    // The series is accepted and not used: satellites follow their document's number.
+    execute(fill(v_.convertirSerie, {{"vId", vId}, {"vNewId", vNewId}}), cnnActive);
+}
+
+void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {
+    auto& r = rs();
+    if (bofAndEof(r)) return;
+    const UpdateIdForm& f = v_.updateId;
+    r.MoveFirst();
+    int16_t counter = 1;
+    while (!r.Eof()) {
+        r.setValue(f.parent, vId);
+        r.setValue("ID", f.key == ValueSource::Counter ? Variant(counter) : defaultValue(f.key));
+        if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
+        r.Update();
+        r.MoveNext();
+        // A 16-bit counter: the row after 32,767 fails with an overflow.
+        counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
+    }
+    if (f.moveFirstAfter) r.MoveFirst();
+}
+
+// ------------------------------------------------------------ helpers for class members
+
+void RecordClass::execute(const Statement& sql, ConnPtr& objCn, int iBase) {
+    if (!objCn) objCn = svc::getConexion(iBase);
+    svc::ejecutarSql(iBase, sql.text(), objCn);
+}
+
+RsPtr RecordClass::open(const Statement& sql, ConnPtr& objCn, int iBase) {
+    RsPtr r = std::make_shared<ado::Recordset>();
+    svc::abrirRs(iBase, sql.text(), r, objCn);
+    return r;
+}
+
+void RecordClass::copyIfNotNull(ado::Recordset& r, std::string_view field, std::string& target) {
+    const Variant value = r.value(field);
+    if (!value.isNull()) target = rt::CStr(value);
+}
+
+bool RecordClass::bofAndEof(ado::Recordset& r) { return r.Bof() && r.Eof(); }
+
+int32_t RecordClass::recordCount(ado::Recordset& r) { return static_cast<int32_t>(r.RecordCount()); }
+
+}  // namespace hist::frame
