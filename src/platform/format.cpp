@@ -16,6 +16,23 @@ namespace {
 
 using detail::lowerAscii;
 
+// Cuts a digit string to its first `keep` digits, rounding half away from zero on the
+// first digit dropped; true when the carry added a leading digit ("995" to 2 is "100").
+bool cutRounded(std::string& digits, size_t keep) {
+    const bool up = digits[keep] >= '5';
+    digits.resize(keep);
+    if (!up) return false;
+    for (size_t k = keep; k-- > 0;) {
+        if (digits[k] != '9') {
+            ++digits[k];
+            return false;
+        }
+        digits[k] = '0';
+    }
+    digits.insert(digits.begin(), '1');
+    return true;
+}
+
 // The digits of |x| rounded to `decimals` places on its 15-digit text: the integer digits
 // without leading zeros ("" for zero) and exactly `decimals` fraction digits.
 void roundedDigits(double x, int decimals, std::string& intDigits, std::string& fracDigits) {
@@ -44,27 +61,10 @@ void roundedDigits(double x, int decimals, std::string& intDigits, std::string& 
         ip = pointPos;
     }
     const size_t keep = static_cast<size_t>(ip + decimals);
-    bool up = false;
     if (keep < all.size()) {
-        up = all[keep] >= '5';
-        all.resize(keep);
+        if (cutRounded(all, keep)) ++ip;
     } else {
         all.append(keep - all.size(), '0');
-    }
-    if (up) {
-        long k = static_cast<long>(all.size()) - 1;
-        for (; k >= 0; --k) {
-            if (all[static_cast<size_t>(k)] == '9') {
-                all[static_cast<size_t>(k)] = '0';
-            } else {
-                ++all[static_cast<size_t>(k)];
-                break;
-            }
-        }
-        if (k < 0) {
-            all.insert(all.begin(), '1');
-            ++ip;
-        }
     }
     intDigits = all.substr(0, static_cast<size_t>(ip));
     fracDigits = all.substr(static_cast<size_t>(ip));
@@ -652,6 +652,26 @@ std::string Format(const Variant& v, std::string_view mask) {
     }
     if (nothing) return formatNullNumeric(mask);
     return formatNumber(number(), mask, r);
+}
+
+std::string roundDecimalText(std::string s, int decimals) {
+    const bool negative = !s.empty() && s[0] == '-';
+    if (negative) s.erase(0, 1);
+    const size_t point = s.find('.');
+    std::string ip = point == std::string::npos ? s : s.substr(0, point);
+    std::string fp = point == std::string::npos ? std::string() : s.substr(point + 1);
+    if (static_cast<int>(fp.size()) > decimals) {
+        std::string digits = ip + fp;
+        const bool longer = cutRounded(digits, ip.size() + static_cast<size_t>(decimals));
+        const size_t intLength = ip.size() + (longer ? 1 : 0);
+        ip = digits.substr(0, intLength);
+        fp = digits.substr(intLength);
+    }
+    while (!fp.empty() && fp.back() == '0') fp.pop_back();
+    if (ip.empty()) ip = "0";
+    std::string out = fp.empty() ? ip : ip + "." + fp;
+    if (negative && out.find_first_not_of("0.") != std::string::npos) out.insert(out.begin(), '-');
+    return out;
 }
 
 }  // namespace hist::rt

@@ -75,6 +75,10 @@ std::optional<int> compare(const Variant& a, const Variant& b);
 // Null and Empty give "" under every mask but a numeric mask's fourth (null) section
 // and a text mask's second section. A text that reads as neither a number nor a date
 // comes back as it is.
+// Rounds the plain decimal text of a number ("-12.3456") to at most `decimals`
+// decimals, half away from zero on its digits, and drops trailing zeros ("-12.35").
+// Format rounds by the same rule.
+std::string roundDecimalText(std::string plain, int decimals);
 std::string Format(const Variant& v, std::string_view mask = {});
 
 // The text a value takes when printed into a listing file (Print #): a number with

@@ -15,40 +15,6 @@ namespace hist::services {
 
 namespace {
 
-// Rounds the plain decimal text of a number ("-12.3456") to at most `decimals`
-// decimals, half away from zero, and drops trailing zeros.
-std::string roundDecimalText(std::string s, int decimals) {
-    bool negative = !s.empty() && s[0] == '-';
-    if (negative) s.erase(0, 1);
-    size_t point = s.find('.');
-    std::string ip = point == std::string::npos ? s : s.substr(0, point);
-    std::string fp = point == std::string::npos ? std::string() : s.substr(point + 1);
-    if (static_cast<int>(fp.size()) > decimals) {
-        bool up = fp[static_cast<size_t>(decimals)] >= '5';
-        fp.resize(static_cast<size_t>(decimals));
-        if (up) {
-            std::string digits = ip + fp;
-            int i = static_cast<int>(digits.size()) - 1;
-            for (; i >= 0; --i) {
-                if (digits[static_cast<size_t>(i)] == '9') {
-                    digits[static_cast<size_t>(i)] = '0';
-                } else {
-                    ++digits[static_cast<size_t>(i)];
-                    break;
-                }
-            }
-            if (i < 0) digits.insert(digits.begin(), '1');
-            ip = digits.substr(0, digits.size() - fp.size());
-            fp = digits.substr(digits.size() - fp.size());
-        }
-    }
-    while (!fp.empty() && fp.back() == '0') fp.pop_back();
-    if (ip.empty()) ip = "0";
-    std::string out = fp.empty() ? ip : ip + "." + fp;
-    if (negative && out.find_first_not_of("0.") != std::string::npos) out.insert(out.begin(), '-');
-    return out;
-}
-
 // A Single, as the runtime's CSng converts: overflow beyond its range.
 float toSingle(const Variant& v, const char* source) {
     double d = rt::CDbl(v);
@@ -74,7 +40,7 @@ std::string ClsFormatoNumero::NumeroSql(Variant& vNumero, int32_t& iDecimales) {
     char buf[512];
     auto res = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::fixed);
     if (res.ec != std::errc()) raise(err::Overflow, "ClsFormatoNumero");
-    return roundDecimalText(std::string(buf, res.ptr), iDecimales);
+    return rt::roundDecimalText(std::string(buf, res.ptr), iDecimales);
 }
 
 std::shared_ptr<ClsFormatoNumero> ClsFormatoNumero::shared() {
