@@ -27,6 +27,9 @@
 
 namespace hist::ado {
 
+// A stored cell as read back after a write (recordset_rows.hpp).
+struct RowRefresh;
+
 class Recordset;
 class Fields;
 class Field;
@@ -157,16 +160,8 @@ private:
     CellView cell(uint32_t row, int field) const;
     Criteria parseCriteria(std::string_view text, bool single) const;
     std::vector<uint32_t> affected(int affectRecords, const char* what);
-    // A stored cell as read back after a write.
-    struct Refresh {
-        uint32_t row;
-        std::size_t col;
-        CellTag tag;
-        int64_t i;
-        double d;
-        std::string s;
-    };
-    std::vector<Refresh> writeBack(const std::vector<uint32_t>& rows);
+    // Writes the rows back in one savepoint; what the archive holds afterwards.
+    std::vector<RowRefresh> writeBack(const std::vector<uint32_t>& rows);
     void load(const std::function<void(backend::RowSink&)>& produce);
     void fireMove(EventReason r);
     void fireWill(EventReason r, long records);
