@@ -1,48 +1,10 @@
 #include "ado/text_fold.hpp"
 
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
-
 #include <cstring>
 
 namespace hist::ado::text {
-namespace {
 
-inline unsigned char lowerAscii(unsigned char c) { return (c >= 'A' && c <= 'Z') ? c + 32 : c; }
-
-}  // namespace
-
-std::string mapCodePoints(std::string_view s, int32_t (*map)(int32_t)) {
-    std::string out;
-    out.reserve(s.size());
-    const auto* p = reinterpret_cast<const uint8_t*>(s.data());
-    const int32_t n = static_cast<int32_t>(s.size());
-    int32_t i = 0;
-    while (i < n) {
-        const int32_t start = i;
-        UChar32 c;
-        U8_NEXT(p, i, n, c);
-        if (c < 0) {  // malformed: keep the bytes as they are
-            out.append(s.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(i - start)));
-            continue;
-        }
-        uint8_t buf[U8_MAX_LENGTH];
-        int32_t len = 0;
-        U8_APPEND_UNSAFE(buf, len, map(c));  // a mapped code point is valid and fits U8_MAX_LENGTH
-        out.append(reinterpret_cast<const char*>(buf), static_cast<std::size_t>(len));
-    }
-    return out;
-}
-
-// Simple case folding, code point by code point, as the engine's text collation
-// folds: the folded text keeps one code point per code point.
-std::string fold(std::string_view s) {
-    if (!isAscii(s)) return mapCodePoints(s, [](int32_t c) -> int32_t { return u_foldCase(c, U_FOLD_CASE_DEFAULT); });
-    std::string out;
-    out.reserve(s.size());
-    for (char c : s) out += static_cast<char>(lowerAscii(static_cast<unsigned char>(c)));
-    return out;
-}
+using hist::text::lowerAscii;
 
 bool startsWithFolded(std::string_view s, std::string_view folded) {
     if (s.size() >= folded.size()) {

@@ -1,19 +1,15 @@
 #include "platform/collection.hpp"
 
-#include <unicode/unistr.h>
 
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
+#include "platform/text.hpp"
 
 namespace hist {
 
 namespace {
-std::string foldKey(const std::string& key) {
-    std::string out;
-    icu::UnicodeString::fromUTF8(key).foldCase().toUTF8String(out);
-    return out;
-}
+std::string foldKey(const std::string& key) { return text::fold(key); }
 
 bool given(const Variant& v) { return !v.isMissing() && !v.isEmpty(); }
 }  // namespace

@@ -1,4 +1,5 @@
 #include "platform/dispatch.hpp"
+#include "platform/text.hpp"
 
 #include <algorithm>
 
@@ -18,12 +19,7 @@ Param optRef(std::string name, ParamType type, Variant def) {
 }
 Param optObj(std::string name) { return Param{std::move(name), PT::Object, true, true, Variant::nothing()}; }
 
-std::string foldName(std::string_view name) {
-    std::string s(name);
-    for (char& c : s)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return s;
-}
+std::string foldName(std::string_view name) { return text::fold(name); }
 
 // ---- ClassInfo, Registry ----
 

@@ -199,7 +199,7 @@ const Member* findMember(const Object& obj, std::string_view member);
 Variant convertTo(const Variant& v, ParamType type);
 // The zero value of a declared type ("" , 0, False, a zero date, no object; Empty for Variant).
 Variant zeroOf(ParamType type);
-// Lower-case ASCII fold used for member and class names.
+// The folded form of a member or class name (the library's one case folding).
 std::string foldName(std::string_view name);
 
 // ---- Binding C++ members ----

@@ -1,6 +1,6 @@
 #include "sql/textmatch.hpp"
 
-#include <unicode/uchar.h>
+#include "platform/text.hpp"
 
 #include <vector>
 
@@ -8,35 +8,9 @@ namespace hist::sql {
 
 namespace {
 
-// Next code point of a UTF-8 text; a malformed byte stands for itself.
-char32_t nextCodePoint(std::string_view s, size_t& i) {
-    unsigned char c = static_cast<unsigned char>(s[i]);
-    if (c < 0x80) {
-        ++i;
-        return c;
-    }
-    int len = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
-    if (len == 1 || i + len > s.size()) {
-        ++i;
-        return c;
-    }
-    char32_t cp = c & (0x3F >> (len - 1));
-    for (int k = 1; k < len; ++k) {
-        unsigned char cc = static_cast<unsigned char>(s[i + k]);
-        if ((cc & 0xC0) != 0x80) {
-            ++i;
-            return c;
-        }
-        cp = (cp << 6) | (cc & 0x3F);
-    }
-    i += len;
-    return cp;
-}
+using text::nextCodePoint;
 
-char32_t fold(char32_t c) {
-    if (c < 0x80) return (c >= 'A' && c <= 'Z') ? c + 32 : c;
-    return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT));
-}
+char32_t fold(char32_t c) { return text::foldCodePoint(c); }
 
 struct Element {
     enum Kind : unsigned char { Literal, AnyRun, One, Digit, Set } kind;

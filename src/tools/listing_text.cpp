@@ -9,7 +9,7 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
-#include "ado/text_fold.hpp"
+#include "platform/text.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
 
@@ -62,7 +62,7 @@ void appendAnsi(std::string& out, std::string_view utf8) {
 }
 
 std::string upperCase(std::string_view utf8) {
-    return ado::text::mapCodePoints(utf8, [](int32_t c) -> int32_t { return u_toupper(c); });
+    return text::mapCodePoints(utf8, [](int32_t c) -> int32_t { return u_toupper(c); });
 }
 
 OutputFile::OutputFile(const std::string& path, const std::string& source) : source_(source) {
