@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "ado/connection.hpp"
-#include "frame/record_tools.hpp"
+#include "tools/tool_members.hpp"
 #include "frame/services/config.hpp"
 #include "platform/clock.hpp"
 #include "platform/host_objects.hpp"
@@ -103,13 +103,6 @@ int main(int argc, char** argv) {
     sqlite3_close(db);
     std::printf("generated %ld rows in %.1f s\n", rows, std::chrono::duration<double>(SteadyClock::now() - g0).count());
 
-    tools::installListingTools();
-    // The saved order: by the first field, ascending (what a user who never chose one has).
-    frame::recordTools().getOrder = [](frame::RecordClass&, int16_t& index, std::string& mode, const std::string&) {
-        index = 0;
-        mode.clear();
-    };
-
     satellites::ClsOrdenesComentarios cls;
     frame::ConnPtr cn;
     std::string todos = "todos";
@@ -125,7 +118,7 @@ int main(int argc, char** argv) {
         bool clone = true, filtered = false;
         std::string key = "todos";
         const auto t0 = SteadyClock::now();
-        cls.ToHtmlGrid(cols, clone, key, filtered);
+        tools::toHtmlGrid(cls, cols, clone, key, filtered);
         best = std::min(best, std::chrono::duration<double>(SteadyClock::now() - t0).count());
     }
     const auto file = std::filesystem::path(c.resolvedWorkDir()) / "HOrdenes_Comentarios.htm";

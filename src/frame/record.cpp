@@ -7,7 +7,6 @@
 
 #include "ado/connection.hpp"
 #include "ado/recordset.hpp"
-#include "frame/saved_order.hpp"
 #include "frame/service_calls.hpp"
 #include "platform/error.hpp"
 
@@ -112,11 +111,6 @@ void RecordClass::Requery(std::string& sSelecSql) {
     DataMemberChanged(kPrimary);
     if (sSelecSql.empty()) sSelecSql = std::string(v_.requeryDefaultKey);
     if (v_.orderOnRequery) restoreSavedOrder(sSelecSql);
-}
-
-void RecordClass::restoreSavedOrder(const std::string& key) {
-    std::string k = key;
-    applySavedOrder(*this, k);
 }
 
 // ------------------------------------------------------------ data source and events

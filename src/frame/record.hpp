@@ -84,21 +84,15 @@ public:
                         ConnPtr& cnnActive);
     void UpdateId(Variant& vId, DateValue& dFecha);
 
-    // ---- members whose tools are not in the library yet: error 5 ----
-    bool SeguridadPermiso(std::string& sId);
-    int32_t ValidaDefinedSize(Variant& Text);
-    bool ValidaKey(Variant& Text, int16_t KeyAscii);
-    bool ValidaValue(Variant& Text);
+    // ---- saved filters and orders (saved_views.cpp) ----
     std::string GetFilter(const std::string& sLlave);
     void AplyFilter(const std::string& Criteria);
-    std::string CreateFilter(Variant& ctl, std::string& iType);
     void SetFilter(std::string& Criteria, std::string& sLlave);
     void SetOrder(int16_t& Index, std::string& Mode, std::string& sLlave);
     void GetOrder(int16_t& Index, std::string& Mode, const std::string& sLlave);
-    std::string GetHtmlFile();
-    void ToHtmlGrid(Variant& clColfields, bool& bDoclone, std::string& sSelecSql, bool& bFilter);
-    void ToHtml(bool& bDoclone, std::string& sSelecSql, bool& bFilter);
-    void ToTxt(bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+    // The settings key of one view of the class:
+    // "<application key>Configuracion\registros\<table>\<sLlave>\".
+    std::string viewKey(const std::string& sLlave) const;
 
     // ---- data source ----
     // Hands back adoPrimaryRS when DataMember is exactly "Primary"; swallows failures.
@@ -154,8 +148,8 @@ private:
     int nextHandler_ = 0;
 };
 
-// The error a member whose tools are not in the library yet raises: number 5,
-// source the class's name.
-[[noreturn]] void notAvailableYet(std::string_view className, std::string_view member);
+// "SOFTWARE\<CompanyName>\<ProductName>\<Major>.<Minor>\" of the running application,
+// asked afresh at every call: the root of the class's settings and rights keys.
+std::string applicationKey();
 
 }  // namespace hist::frame

@@ -9,18 +9,13 @@ namespace hist::frame {
 namespace {
 
 using B = ClassBuilder<RecordClass>;
-using Adder = void (*)(B&);
-
-// Omitted listing arguments take the listing's own defaults.
-std::vector<Param> listingParams() {
-    return {optRef("bDoclone", PT::Boolean, Variant(true)), optRef("sSelecSql", PT::String, Variant("todos")),
-            optRef("bFilter", PT::Boolean, Variant(false))};
-}
 
 // Every frame member by name, with every argument it can take; a class's declared
 // argument list (ClassVariants::signatures) picks from them by name.
-const std::map<std::string, Adder, std::less<>>& frameMembers() {
-    static const std::map<std::string, Adder, std::less<>> table = {
+}  // namespace
+
+const MemberTable& frameMembers() {
+    static const MemberTable table = {
         {"sClassName", [](B& b) { b.get("sClassName", &RecordClass::sClassName); }},
         {"GetConnection",
          [](B& b) { b.method("GetConnection", {}, &RecordClass::GetConnection); }},
@@ -56,10 +51,6 @@ const std::map<std::string, Adder, std::less<>>& frameMembers() {
          }},
         {"NuevoCodigo",
          [](B& b) { b.method("NuevoCodigo", {inout("vCod"), optObj("objCn")}, &RecordClass::NuevoCodigo); }},
-        {"SeguridadPermiso",
-         [](B& b) {
-             b.method("SeguridadPermiso", {inout("sId", PT::String)}, &RecordClass::SeguridadPermiso);
-         }},
         {"EditingRecord", [](B& b) { b.get("EditingRecord", &RecordClass::EditingRecord); }},
         {"AbsolutePosition",
          [](B& b) { b.get("AbsolutePosition", &RecordClass::AbsolutePosition); }},
@@ -100,16 +91,6 @@ const std::map<std::string, Adder, std::less<>>& frameMembers() {
              b.method("FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))},
                       &RecordClass::FindRecord);
          }},
-        {"ValidaDefinedSize",
-         [](B& b) {
-             b.method("ValidaDefinedSize", {inout("Text")}, &RecordClass::ValidaDefinedSize);
-         }},
-        {"ValidaKey",
-         [](B& b) {
-             b.method("ValidaKey", {inout("Text"), in("KeyAscii", PT::Integer)}, &RecordClass::ValidaKey);
-         }},
-        {"ValidaValue",
-         [](B& b) { b.method("ValidaValue", {inout("Text")}, &RecordClass::ValidaValue); }},
         {"GetFilter",
          [](B& b) {
              b.method("GetFilter", {in("sLlave", PT::String)}, &RecordClass::GetFilter);
@@ -117,10 +98,6 @@ const std::map<std::string, Adder, std::less<>>& frameMembers() {
         {"AplyFilter",
          [](B& b) {
              b.method("AplyFilter", {in("Criteria", PT::String)}, &RecordClass::AplyFilter);
-         }},
-        {"CreateFilter",
-         [](B& b) {
-             b.method("CreateFilter", {inout("ctl"), optRef("iType", PT::String)}, &RecordClass::CreateFilter);
          }},
         {"SetFilter",
          [](B& b) {
@@ -138,18 +115,11 @@ const std::map<std::string, Adder, std::less<>>& frameMembers() {
              b.method("GetOrder", {inout("Index", PT::Integer), inout("Mode", PT::String), in("sLlave", PT::String)},
                       &RecordClass::GetOrder);
          }},
-        {"GetHtmlFile", [](B& b) { b.method("GetHtmlFile", {}, &RecordClass::GetHtmlFile); }},
-        {"ToHtmlGrid",
-         [](B& b) {
-             std::vector<Param> p = listingParams();
-             p.insert(p.begin(), inout("clColfields"));
-             b.method("ToHtmlGrid", std::move(p), &RecordClass::ToHtmlGrid);
-         }},
-        {"ToHtml", [](B& b) { b.method("ToHtml", listingParams(), &RecordClass::ToHtml); }},
-        {"ToTxt", [](B& b) { b.method("ToTxt", listingParams(), &RecordClass::ToTxt); }},
     };
     return table;
 }
+
+namespace {
 
 
 // The value a parameter the class's list leaves out receives: its declared default,
@@ -194,8 +164,7 @@ Member withSignature(const Member& common, const std::vector<Param>& declared) {
 
 }  // namespace
 
-bool addFrameMember(ClassInfo& info, std::string_view name, const ClassVariants& v) {
-    const auto& table = frameMembers();
+bool addMemberFrom(const MemberTable& table, ClassInfo& info, std::string_view name, const ClassVariants& v) {
     auto it = table.find(name);
     if (it == table.end()) return false;
     ClassInfo common(info.name(), {});

@@ -1,8 +1,9 @@
 #pragma once
 // Publishing a record class for dispatch. The class gives its interface list (the
-// names of its public members in interface order) and defines its own members; the
-// frame supplies every other name on the list from the shared members, shaped by the
-// class's variants (which arguments IniciaRs, NuevoCodigo, DeleteAll take). The
+// names of its public members in interface order) and defines its own members; every
+// other name on the list comes from the shared member tables (the frame's, and the
+// record tools' for the classes of the library), with the argument list the class
+// declares where it differs from the common one. The
 // data-source members (Class_GetDataMember, DataMembers, DataMemberChanged) are
 // added after the list, callable and unlisted.
 //
@@ -13,6 +14,7 @@
 // hosts use Registry::global().
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -25,17 +27,26 @@ namespace hist::frame {
 
 using InterfaceList = std::span<const std::string_view>;
 
-// Adds the frame member `name` to a class, shaped by its variants; false when the
-// frame has no member of that name.
-bool addFrameMember(ClassInfo& info, std::string_view name, const ClassVariants& v);
+// Shared members by name: each defines the member with every argument it can take.
+using MemberAdder = void (*)(ClassBuilder<RecordClass>&);
+using MemberTable = std::map<std::string, MemberAdder, std::less<>>;
+
+// The frame's members (navigation, editing, statements, saved views, ...).
+const MemberTable& frameMembers();
+// Adds the member `name` of `table` to a class, with the class's declared argument
+// list where it declares one; false when the table has no member of that name.
+bool addMemberFrom(const MemberTable& table, ClassInfo& info, std::string_view name, const ClassVariants& v);
 // Adds the data-source members, unlisted.
 void addDataSourceMembers(ClassInfo& info);
 // Checks that every own member appears on the list.
 void checkOwnMembersListed(const ClassInfo& own, InterfaceList order);
 
+// `shared` are the tables the names of the list are looked up in after the class's
+// own members: the frame's, and the tools' (tools/registration.hpp) for the classes.
 template <class T>
 ClassInfo& defineRecordClass(Registry& r, const ClassVariants& v, InterfaceList order,
-                             const std::function<void(ClassBuilder<T>&)>& ownMembers = {}) {
+                             const std::function<void(ClassBuilder<T>&)>& ownMembers = {},
+                             std::initializer_list<const MemberTable*> shared = {&frameMembers()}) {
     static_assert(std::is_base_of_v<RecordClass, T>, "a record class derives from RecordClass");
     ClassInfo own(std::string(v.className), {});
     ClassBuilder<T> ownBuilder(own);
@@ -45,9 +56,13 @@ ClassInfo& defineRecordClass(Registry& r, const ClassVariants& v, InterfaceList 
     // The whole list is built first, so a refused list leaves the registry as it was.
     ClassInfo built(std::string(v.className), {});
     for (std::string_view name : order) {
+        bool found = false;
         if (const Member* m = own.find(name)) {
             built.add(*m);
-        } else if (!addFrameMember(built, name, v)) {
+            found = true;
+        }
+        for (const MemberTable* table : shared) found = found || addMemberFrom(*table, built, name, v);
+        if (!found) {
             throw std::logic_error(std::string(v.className) + ": no member " + std::string(name) +
                                    " in the class or the frame");
         }

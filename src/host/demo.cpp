@@ -1,5 +1,7 @@
 #include "host/demo.hpp"
 
+#include "tools/tool_members.hpp"
+
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -101,7 +103,7 @@ void writeListing(std::ostream& out) {
     }
     Variant grid(std::static_pointer_cast<Object>(columns));
     bool doClone = true, filter = false;
-    cls.ToHtmlGrid(grid, doClone, keyword, filter);
+    tools::toHtmlGrid(cls, grid, doClone, keyword, filter);
     out << "\nListing of " << cls.sClassName() << " (" << cls.primaryRecordset()->RecordCount()
         << " rows) written with ToHtmlGrid to\n  "
         << services::ClsRutasUsuario::shared()->GetRutaFichero(cls.sClassName() + ".htm") << "\n";

@@ -3,8 +3,6 @@
 #include "ado/registration.hpp"
 #include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
-#include "tools/filter_tools.hpp"
-#include "tools/listing_tools.hpp"
 
 namespace hist::host {
 
@@ -12,12 +10,10 @@ void registerAllClasses(Registry& r) {
     static Registry* done = nullptr;
     if (done == &r) return;
     registerPlatformClasses(r);
-    // The layers above the platform, in layer order (data layer, frame and
-    // collaborators, tools, record classes).
+    // The layers above the platform, in layer order (data layer, collaborators,
+    // record classes, which carry the frame's and the tools' members).
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
-    tools::installFilterTools();
-    tools::installListingTools();
     satellites::registerCommentClasses(r);
     done = &r;
 }

@@ -36,7 +36,7 @@
 // names the member a call with arguments on a parameterless property of this class's
 // objects falls through to (`rs.Fields("Cerrada")` is `rs.Fields.Item("Cerrada")`).
 //
-// The C++ implementation is a member function (or a lambda whose first parameter is
+// The C++ implementation is a member function (or a lambda or function whose first parameter is
 // `T&`) with one parameter per declared parameter, in order. Each parameter may be
 // `Variant&` or a typed reference (`std::string&`, `bool&`, `int16_t&`, `int32_t&`,
 // `double&`, `DateValue&`, `ObjectPtr&`, `std::shared_ptr<U>&`), or the same by value or
@@ -298,6 +298,9 @@ struct MemSig {
 };
 template <class R, class T, class... P>
 struct Sig<R (T::*)(P...)> : MemSig<R, T, P...> {};
+// A free function whose first parameter is the object.
+template <class R, class T, class... P>
+struct Sig<R (*)(T&, P...)> : MemSig<R, T, P...> {};
 template <class R, class T, class... P>
 struct Sig<R (T::*)(P...) const> : MemSig<R, T, P...> {};
 template <class R, class T, class... P>

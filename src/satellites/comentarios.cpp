@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "ado/recordset.hpp"
-#include "frame/registration.hpp"
+#include "tools/registration.hpp"
 #include "platform/runtime.hpp"
 
 namespace hist::satellites {
@@ -190,7 +190,7 @@ void documentCommentMembers(ClassBuilder<T>& b) {
 }  // namespace
 
 void registerCommentClasses(Registry& r) {
-    defineRecordClass<ClsOrdenesComentarios>(
+    tools::defineRecordClass<ClsOrdenesComentarios>(
         r, kOrdenes, kOrdenesInterface, [](ClassBuilder<ClsOrdenesComentarios>& b) {
             b.method("Obtener",
                      {in("vId"), inout("sComent", PT::String), inout("sDescripcion", PT::String), optObj("objCn")},
@@ -200,11 +200,11 @@ void registerCommentClasses(Registry& r) {
                       inout("dtFecha", PT::Date), optObj("objCn")},
                      &ClsOrdenesComentarios::Insertar);
         });
-    defineRecordClass<ClsPedidosCliComent>(r, kPedidos, kPedidosInterface,
+    tools::defineRecordClass<ClsPedidosCliComent>(r, kPedidos, kPedidosInterface,
                                            [](auto& b) { documentCommentMembers(b); });
-    defineRecordClass<ClsAlbaranesComentarios>(r, kAlbaranes, kAlbaranesInterface,
+    tools::defineRecordClass<ClsAlbaranesComentarios>(r, kAlbaranes, kAlbaranesInterface,
                                                [](auto& b) { documentCommentMembers(b); });
-    defineRecordClass<ClsFacturasComentarios>(r, kFacturas, kFacturasInterface,
+    tools::defineRecordClass<ClsFacturasComentarios>(r, kFacturas, kFacturasInterface,
                                               [](auto& b) { documentCommentMembers(b); });
 }
 

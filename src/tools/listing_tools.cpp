@@ -8,7 +8,6 @@
 
 #include "ado/recordset.hpp"
 #include "frame/record.hpp"
-#include "frame/record_tools.hpp"
 #include "frame/services/helpers.hpp"
 #include "platform/clock.hpp"
 #include "platform/dispatch.hpp"
@@ -16,6 +15,7 @@
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
 #include "tools/listing_text.hpp"
+#include "tools/tool_members.hpp"
 
 namespace hist::tools {
 
@@ -174,6 +174,9 @@ const char* cellOpening(int32_t alignment) {
     }
 }
 
+}  // namespace
+
+
 void toHtmlGrid(RecordClass& cls, Variant& clColfields, bool& bDoclone, std::string& sSelecSql, bool& bFilter) {
     const frame::ClassVariants& v = cls.variants();
     RsPtr held = chooseRecordset(cls, bDoclone, sSelecSql, bFilter);
@@ -304,17 +307,9 @@ void toTxt(RecordClass& cls, bool& bDoclone, std::string& sSelecSql, bool& bFilt
     f.close();
 }
 
-}  // namespace
-
 std::string listingHtmlFile(const RecordClass& cls) { return reportFolderFile(tableOf(cls) + ".htm"); }
 std::string listingTxtFile(const RecordClass& cls) { return reportFolderFile(tableOf(cls) + ".txt"); }
 
-void installListingTools() {
-    frame::RecordTools& t = frame::recordTools();
-    t.getHtmlFile = [](RecordClass& cls) { return listingHtmlFile(cls); };
-    t.toHtmlGrid = toHtmlGrid;
-    t.toHtml = toHtml;
-    t.toTxt = toTxt;
-}
+std::string getHtmlFile(RecordClass& cls) { return listingHtmlFile(cls); }
 
 }  // namespace hist::tools

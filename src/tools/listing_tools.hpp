@@ -10,10 +10,6 @@ class RecordClass;
 
 namespace hist::tools {
 
-// Fills the listing entries of frame::recordTools() (getHtmlFile, toHtmlGrid, toHtml,
-// toTxt). Called once by the host before any class is used.
-void installListingTools();
-
 // "<application path>/rpt/<table>.htm" and ".txt": the application's report folder,
 // never the user's working folder where ToHtmlGrid and ToHtml write.
 std::string listingHtmlFile(const frame::RecordClass& cls);

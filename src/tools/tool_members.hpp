@@ -1,6 +1,7 @@
 #pragma once
-// The tool members as installed into the frame's hook table (frame/record_tools.hpp),
-// each taking the class first. installFilterTools() (filter_tools.hpp) installs them.
+// The record tools, each taking the class first: the filter builder, field
+// validation, rights and listings. registration.hpp publishes them as members of the
+// classes whose interface lists name them; C++ hosts call them directly.
 #include <cstdint>
 #include <string>
 
@@ -8,18 +9,6 @@
 #include "platform/variant.hpp"
 
 namespace hist::tools {
-
-// ---- saved filters and orders (saved_views.cpp) ----
-// The settings key of one view of a class:
-// "<application key>Configuracion\registros\<table>\<sLlave>\".
-std::string viewKey(frame::RecordClass& cls, const std::string& sLlave);
-std::string getFilter(frame::RecordClass& cls, const std::string& sLlave);
-void setFilter(frame::RecordClass& cls, std::string& Criteria, std::string& sLlave);
-void getOrder(frame::RecordClass& cls, int16_t& Index, std::string& Mode, const std::string& sLlave);
-void setOrder(frame::RecordClass& cls, int16_t& Index, std::string& Mode, std::string& sLlave);
-void aplyFilter(frame::RecordClass& cls, const std::string& Criteria);
-// GetOrder then SetOrder under the same key: the step that ends IniciaRs and Requery.
-void restoreOrder(frame::RecordClass& cls, std::string& key);
 
 // ---- filter builder (create_filter.cpp) ----
 std::string createFilter(frame::RecordClass& cls, Variant& ctl, std::string& iType);
@@ -34,5 +23,11 @@ bool validaValue(frame::RecordClass& cls, Variant& Text);
 // GetRutaSeguridad("<application key>Seguridad\") + "Seguridad\<group>\".
 std::string permissionKey(frame::RecordClass& cls);
 bool seguridadPermiso(frame::RecordClass& cls, std::string& sId);
+
+// ---- listings (listing_tools.cpp) ----
+std::string getHtmlFile(frame::RecordClass& cls);
+void toHtmlGrid(frame::RecordClass& cls, Variant& clColfields, bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+void toHtml(frame::RecordClass& cls, bool& bDoclone, std::string& sSelecSql, bool& bFilter);
+void toTxt(frame::RecordClass& cls, bool& bDoclone, std::string& sSelecSql, bool& bFilter);
 
 }  // namespace hist::tools

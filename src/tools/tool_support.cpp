@@ -50,12 +50,6 @@ std::shared_ptr<ado::Field> boundField(frame::RecordClass& cls, const ControlRef
     return rs.Fields()->Item(dataField);
 }
 
-std::string applicationKey() {
-    const Application& app = application();
-    return "SOFTWARE\\" + app.CompanyName() + "\\" + app.ProductName() + "\\" + std::to_string(app.Major()) + "." +
-           std::to_string(app.Minor()) + "\\";
-}
-
 bool hasText(const Variant& v) { return !v.isNull() && !rt::CStr(v).empty(); }
 
 int32_t textLength(const Variant& v) {

@@ -1,7 +1,7 @@
 #pragma once
 // What the record tools share: a form control read by kind and property name, the
-// class's primary recordset, the field a control is bound to, the application's key
-// path, and the runtime's tests on a control's value.
+// class's primary recordset, the field a control is bound to, and the runtime's tests
+// on a control's value.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -40,9 +40,7 @@ ado::Recordset& primaryRecordset(frame::RecordClass& cls);
 // no "DataField", 3265 when the recordset has no such field.
 std::shared_ptr<ado::Field> boundField(frame::RecordClass& cls, const ControlRef& ctl);
 
-// "SOFTWARE\<CompanyName>\<ProductName>\<Major>.<Minor>\" of the running application,
-// asked afresh at every call.
-std::string applicationKey();
+using frame::applicationKey;
 
 // The runtime's Len(v) <> 0: Null has no length, anything else the length of its text.
 bool hasText(const Variant& v);

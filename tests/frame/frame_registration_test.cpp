@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "frame/registration.hpp"
-#include "frame/saved_order.hpp"
 #include "frame/services_testutil.hpp"
 #include "platform/error.hpp"
 
@@ -77,25 +76,6 @@ TEST(FrameRegistration, WithoutARecordsetMembersFailAsAnUnsetObjectExceptTheSwal
     Args exact{Variant("Primary"), Variant()};
     call(obj, "Class_GetDataMember", exact);
     EXPECT_TRUE(exact[1].isNothing());  // no recordset yet: no object, no failure
-}
-
-TEST(FrameSavedOrder, StepRunsOnlyOnceInstalled) {
-    ClsProbe probe;
-    std::string key = "todos";
-    applySavedOrder(probe, key);  // nothing installed: nothing happens
-    EXPECT_EQ(key, "todos");
-
-    int runs = 0;
-    setSavedOrderStep([&](RecordClass& cls, std::string& k) {
-        ++runs;
-        EXPECT_EQ(cls.sClassName(), "HProbe");
-        k += "!";
-    });
-    applySavedOrder(probe, key);
-    setSavedOrderStep({});
-    applySavedOrder(probe, key);
-    EXPECT_EQ(runs, 1);
-    EXPECT_EQ(key, "todos!");
 }
 
 }  // namespace

@@ -423,27 +423,6 @@ TEST_F(CommentInterface, ClassNameAndTableBeforeAnyOpeningAndOtherClassesMembers
         expectFailure(facturas, name, {}, err::NoSuchMember);
 }
 
-TEST_F(CommentInterface, ToolMembersNotYetBuiltFailWithNumberFive) {
-    auto cls = registry.create("ClsPedidosCliComent");
-    const std::vector<std::pair<const char*, Args>> cases = {
-        {"GetFilter", {Variant("k")}},
-        {"SetFilter", {Variant("Id = 1"), Variant("k")}},
-        {"GetOrder", {Variant(int16_t{0}), Variant(""), Variant("todos")}},
-        {"SetOrder", {Variant(int16_t{0}), Variant(""), Variant("todos")}},
-        {"AplyFilter", {Variant("Id = 1")}},
-        {"CreateFilter", {Variant()}},
-        {"ValidaDefinedSize", {Variant()}},
-        {"ValidaKey", {Variant(), Variant(int16_t{65})}},
-        {"ValidaValue", {Variant()}},
-        {"SeguridadPermiso", {Variant("Borrar")}},
-        {"GetHtmlFile", {}},
-        {"ToHtmlGrid", {Variant()}},
-        {"ToHtml", {}},
-        {"ToTxt", {}},
-    };
-    for (const auto& [member, args] : cases)
-        expectFailure(cls, member, args, err::InvalidCall, {member, "not available yet"});
-}
 
 }  // namespace
 }  // namespace hist::satellites

@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/record_tools.hpp"
+#include "tools/listing_tools.hpp"
+#include "tools/tool_members.hpp"
 #include "frame/services/rights.hpp"
 #include "frame/services/settings.hpp"
 #include "platform/regional.hpp"
@@ -66,19 +67,6 @@ class Listings : public test::ArchiveFixture {
 protected:
     void SetUp() override {
         ArchiveFixture::SetUp();
-        saved_ = frame::recordTools();
-        tools::installListingTools();
-        // Stand-ins for the saved orders and filters: what they answer is set per test.
-        frame::recordTools().getOrder = [this](frame::RecordClass&, int16_t& index, std::string& mode,
-                                               const std::string& key) {
-            orderKeys.push_back(key);
-            index = orderIndex;
-            mode = orderMode;
-        };
-        frame::recordTools().getFilter = [this](frame::RecordClass&, const std::string& key) {
-            filterKeys.push_back(key);
-            return filter;
-        };
         auto app = std::make_shared<DefaultApplication>();
         app->setProductName("Histórico");
         app->setPath((workDir().parent_path() / "aplicación").string());
@@ -86,7 +74,6 @@ protected:
     }
     void TearDown() override {
         setApplication(nullptr);
-        frame::recordTools() = saved_;
         ArchiveFixture::TearDown();
     }
 
@@ -96,9 +83,9 @@ protected:
     // Writes a listing of the class as the host would ask for it.
     static void write(Out out, frame::RecordClass& c, bool clone, std::string key = "todos", bool filtered = false,
                       Variant cols = Variant()) {
-        if (out == Out::Grid) c.ToHtmlGrid(cols, clone, key, filtered);
-        if (out == Out::Html) c.ToHtml(clone, key, filtered);
-        if (out == Out::Txt) c.ToTxt(clone, key, filtered);
+        if (out == Out::Grid) tools::toHtmlGrid(c, cols, clone, key, filtered);
+        if (out == Out::Html) tools::toHtml(c, clone, key, filtered);
+        if (out == Out::Txt) tools::toTxt(c, clone, key, filtered);
     }
 
     // Adds a row through the class's recordset and saves it.
@@ -124,13 +111,20 @@ protected:
 
     static Variant grid(const std::vector<ColumnData>& cols) { return Variant(std::make_shared<StandInColumns>(cols)); }
 
-    int16_t orderIndex = 0;
-    std::string orderMode;
-    std::string filter;
-    std::vector<std::string> orderKeys, filterKeys;
-
-private:
-    frame::RecordTools saved_;
+    // Saves values of one view of the class, as the saved-view members store them.
+    static void saveView(frame::RecordClass& c, const std::string& key,
+                         std::initializer_list<std::pair<const char*, std::string>> values) {
+        services::ClsClaveRegistro store;
+        store.AbrirClave(c.viewKey(key));
+        for (const auto& [name, text] : values) {
+            Variant n(name);
+            std::string v = text;
+            store.EscribirValor(n, v);
+        }
+    }
+    static void saveOrder(frame::RecordClass& c, const std::string& key, int index, const std::string& mode = "") {
+        saveView(c, key, {{"IndexOrderField", std::to_string(index)}, {"Mode", mode}});
+    }
 };
 
 // Id right, Código centre (0), Comentarios left, Descripción hidden, Fecha centre (2).
@@ -143,8 +137,8 @@ TEST_F(Listings, GridOfOrderCommentsIsWrittenByteForByteToTheWorkFolder) {
     fillOrderComments(ordenes);
     ordenes.MoveFirst();
     ordenes.MoveNext();  // the primary stands on its second row
-    orderIndex = 0;
-    orderMode = " DESC";
+    saveOrder(ordenes, "seleccion", 0, " DESC");
+    saveOrder(ordenes, "todos", 1);
     write(Out::Grid, ordenes, true, "seleccion", false, grid(kOrderColumns));
     const std::string expected =
         gridHead("HOrdenes_Comentarios", {"ID", "C\xD3" "DIGO", "COMENTARIOS", "FECHA"}) +
@@ -154,17 +148,17 @@ TEST_F(Listings, GridOfOrderCommentsIsWrittenByteForByteToTheWorkFolder) {
         gridFoot(3);
     EXPECT_EQ(readFile(workDir() / "HOrdenes_Comentarios.htm"), expected);
     // The saved order was read under the caller's key; the primary did not move.
-    EXPECT_EQ(orderKeys, std::vector<std::string>{"seleccion"});
     EXPECT_EQ(ordenes.AbsolutePosition(), 2);
     // The file named to the host is not the one written.
-    EXPECT_EQ(ordenes.GetHtmlFile(), rptFile("HOrdenes_Comentarios.htm").string());
+    EXPECT_EQ(tools::getHtmlFile(ordenes), rptFile("HOrdenes_Comentarios.htm").string());
     EXPECT_EQ(tools::listingTxtFile(ordenes), rptFile("HOrdenes_Comentarios.txt").string());
-    EXPECT_FALSE(fs::exists(ordenes.GetHtmlFile()));
+    EXPECT_FALSE(fs::exists(tools::getHtmlFile(ordenes)));
 }
 
 TEST_F(Listings, GridWithoutCloneListsThePrimaryAndLeavesItAtEof) {
     fillOrderComments(ordenes);
     ordenes.MoveLast();
+    saveOrder(ordenes, "todos", 0, " DESC");
     write(Out::Grid, ordenes, false, "", false,
           grid({{"Id", true, 1, ""}, {"Código", false, 1, ""}, {"x", false, 0, ""}, {"y", false, 0, ""},
                 {"z", false, 0, ""}}));
@@ -174,7 +168,6 @@ TEST_F(Listings, GridWithoutCloneListsThePrimaryAndLeavesItAtEof) {
                         "</TABLE>\r\n"),
               std::string::npos)
         << text;
-    EXPECT_TRUE(orderKeys.empty());
     EXPECT_TRUE(ordenes.primaryRecordset()->Eof());
 }
 
@@ -184,7 +177,7 @@ TEST_F(Listings, ToHtmlWritesTheFirstRowOfTheSortedClone) {
                {"Fecha", Variant::date(rt::dateSerial(2026, 11, 20))}});
     addRow(pedidos, {{"Id", int32_t{9}}, {"Código", int32_t{11}}, {"Comentarios", Variant::null()},
                {"Fecha", Variant::date(rt::dateSerial(2026, 11, 21))}});
-    orderIndex = 1;  // by Código: the row of 11 comes first
+    saveOrder(pedidos, "todos", 1);  // by Código: the row of 11 comes first
     write(Out::Html, pedidos, true);
     const auto field = [](const std::string& name, const std::string& value) {
         return "    <TR>\r\n"
@@ -233,8 +226,10 @@ TEST_F(Listings, AnEmptyCloneWritesNothingAndWithoutACloneHeadFootAndZero) {
     for (Out out : {Out::Grid, Out::Html, Out::Txt}) write(out, albaranes, true, "ninguno", false, grid({}));
     EXPECT_EQ(readFile(html), "old listing");
     EXPECT_EQ(readFile(txt), "old text");
-    // The saved order is asked before the clone is found empty.
-    EXPECT_EQ(orderKeys.size(), 3u);
+    // The saved order is asked before the clone is found empty: a damaged one fails.
+    saveView(albaranes, "ninguno", {{"IndexOrderField", "x"}});
+    for (Out out : {Out::Grid, Out::Html, Out::Txt})
+        EXPECT_EQ(errorOf([&] { write(out, albaranes, true, "ninguno", false, grid({})); }), err::TypeMismatch);
 
     write(Out::Grid, albaranes, false, "ninguno", false,
           grid({{"Id", true, 1, ""}, {"Código", true, 0, ""}, {"Comentarios", true, 0, ""}, {"Fecha", true, 0, ""}}));
@@ -252,8 +247,8 @@ TEST_F(Listings, SavedFilterWithAndWithoutAClone) {
         const std::string newId = clone ? "8" : "9";
         exec("INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios, Fecha) VALUES (" + newId +
              ", 7, 'nuevo', #2026-11-06#)");
-        filter = "Código = 7";
-        filterKeys.clear();
+        saveView(c, "Filter", {{"Criteria", "Código = 7"}});
+        saveView(c, "todos", {{"Criteria", "Código = -4"}});  // not the key a listing reads
         log.clear();
         write(Out::Grid, c, clone, "todos", true,
               grid({{"Id", true, 1, ""}, {"Código", true, 1, ""}, {"a", false, 0, ""}, {"b", false, 0, ""},
@@ -262,7 +257,6 @@ TEST_F(Listings, SavedFilterWithAndWithoutAClone) {
         EXPECT_NE(text.find("<TD align=right><FONT Size=1> " + newId + " </TD>"), std::string::npos);
         EXPECT_EQ(text.find("-4 "), std::string::npos);  // filtered out
         EXPECT_NE(text.find("\r\n3 registros. - "), std::string::npos);
-        EXPECT_EQ(filterKeys, std::vector<std::string>{"Filter"});
         EXPECT_EQ(log.texts("Requery").size(), 1u);
         // A clone leaves the primary as it was; without one the primary was filtered,
         // read again, and stands at EOF.
@@ -277,7 +271,6 @@ TEST_F(Listings, SavedFilterWithAndWithoutAClone) {
     ClsFacturasComentarios c;
     open(c);
     exec("INSERT INTO HFacturas_Comentarios (Id, Codigo, Comentarios, Fecha) VALUES (1, 2, 'x', #2026-11-06#)");
-    filter.clear();
     log.clear();
     write(Out::Txt, c, false, "todos", true);
     EXPECT_EQ(log.texts("Requery").size(), 1u);
@@ -291,26 +284,6 @@ TEST_F(Listings, ColumnsMustBeAnObjectAnsweringTheGridMembers) {
     for (const auto& [cols, number] : {std::pair{Variant("columnas"), 424L}, std::pair{Variant::nothing(), 91L},
                                        std::pair{three, 9L}})
         EXPECT_EQ(errorOf([&] { write(Out::Grid, ordenes, true, "todos", false, cols); }), number);
-}
-
-TEST_F(Listings, MissingSavedOrderOrFilterToolsFailWithTheirError) {
-    fillOrderComments(ordenes);
-    const auto failsWith = [&](Out out, bool clone, bool filtered, const std::string& member) {
-        try {
-            write(out, ordenes, clone, "todos", filtered, grid(kOrderColumns));
-            ADD_FAILURE() << "no error for " << member;
-        } catch (const Error& e) {
-            EXPECT_EQ(e.number(), 5);
-            EXPECT_NE(e.description().find(member), std::string::npos) << e.description();
-        }
-    };
-    frame::recordTools().getOrder = nullptr;
-    failsWith(Out::Grid, true, false, "GetOrder");
-    failsWith(Out::Txt, true, false, "GetOrder");
-    frame::recordTools().getFilter = nullptr;
-    failsWith(Out::Html, false, true, "GetFilter");
-    EXPECT_FALSE(fs::exists(workDir() / "HOrdenes_Comentarios.htm"));
-    EXPECT_FALSE(fs::exists(rptFile("HOrdenes_Comentarios.txt")));
 }
 
 // ------------------------------------------------------------ walks and sums of other classes
@@ -387,14 +360,13 @@ TEST_F(Listings, DataFieldWalkReadsCellsByTheColumnsFieldAndSortsByTheFirstField
     exec("INSERT INTO HOrdenes_Fases (ID, Fase, Cantidad) VALUES (2, 'Pulido & brillo', 1)");
     frame::RecordClass c(kByDataField);
     open(c);
-    orderIndex = 2;  // a saved order these classes never ask for
+    saveOrder(c, "todos", 2, " DESC");  // a saved order these classes never ask for
     write(Out::Grid, c, true, "todos", false, grid({{"Cantidad", true, 1, "Cantidad"}, {"Fase", true, 3, "Fase"}}));
     const std::string text = readFile(workDir() / "HOrdenes_Fases.htm");
     EXPECT_NE(text.find("    </TR>\r\n" + row({{"right", " 1 "}, {"left", "Pulido & brillo"}}) +
                         row({{"right", " 2,5 "}, {"left", "Colado"}}) + gridFoot(2)),
               std::string::npos)
         << text;
-    EXPECT_TRUE(orderKeys.empty());
 }
 
 // ------------------------------------------------------------ the filter tools on the comment classes
@@ -472,7 +444,7 @@ TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
         ASSERT_EQ(services::rightsCommand({"deny", "ana", refused.group, "Borrar"}, out, err), 0);
         for (const auto& c : cases) {
             std::string action = "Borrar";
-            EXPECT_EQ(c.cls->SeguridadPermiso(action), c.cls != refused.cls) << c.group;
+            EXPECT_EQ(tools::seguridadPermiso(*c.cls, action), c.cls != refused.cls) << c.group;
         }
         ASSERT_EQ(services::rightsCommand({"allow", "ana", refused.group, "Borrar"}, out, err), 0);
     }
@@ -495,12 +467,12 @@ TEST_F(CommentTools, TheCommentIsALongTextOfTheConstantLimit) {
     };
     for (const auto& c : cases) {
         Variant b = box(c.field);
-        EXPECT_EQ(c.cls->ValidaDefinedSize(b), c.size) << c.field;
+        EXPECT_EQ(tools::validaDefinedSize(*c.cls, b), c.size) << c.field;
     }
     Variant comment = box("Comentarios");
-    EXPECT_TRUE(ordenes.ValidaKey(comment, 'z'));
+    EXPECT_TRUE(tools::validaKey(ordenes, comment, 'z'));
     Variant description = box("Descripción");
-    EXPECT_FALSE(ordenes.ValidaKey(description, 'z'));
+    EXPECT_FALSE(tools::validaKey(ordenes, description, 'z'));
 }
 
 }  // namespace

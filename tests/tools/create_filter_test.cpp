@@ -10,6 +10,7 @@
 
 #include "ado/recordset.hpp"
 #include "platform/dispatch.hpp"
+#include "tools/tool_members.hpp"
 #include "tools_fixture.hpp"
 
 namespace hist::tools {
@@ -37,7 +38,7 @@ protected:
     static std::string build(frame::RecordClass& cls, const std::shared_ptr<StandInControl>& ctl,
                              std::string iType = {}) {
         Variant v(ctl);
-        return cls.CreateFilter(v, iType);
+        return tools::createFilter(cls, v, iType);
     }
 
     frame::RecordClass base{kBase};
@@ -225,7 +226,7 @@ TEST_F(CreateFilterTest, LookupFailuresPassToTheCaller) {
     };
     for (auto [what, cls, v, number] : cases) {
         std::string iType;
-        EXPECT_EQ(errorOf([&] { cls->CreateFilter(v, iType); }), number) << what;
+        EXPECT_EQ(errorOf([&] { tools::createFilter(*cls, v, iType); }), number) << what;
     }
 }
 
@@ -252,16 +253,16 @@ TEST_F(CreateFilterTest, AnObjectThatIsNoPlatformControlIsReadByName) {
     Variant v(box);
     std::string iType;
     // Of no named kind: the last row of each table.
-    EXPECT_EQ(base.CreateFilter(v, iType), "Codigo Like 'Ana*' ");
+    EXPECT_EQ(tools::createFilter(base, v, iType), "Codigo Like 'Ana*' ");
     box->dataField = "Numero";
     box->text = "12";
-    EXPECT_EQ(base.CreateFilter(v, iType), "Numero = 12 ");
+    EXPECT_EQ(tools::createFilter(base, v, iType), "Numero = 12 ");
     box->dataField = "Fecha";
-    EXPECT_EQ(base.CreateFilter(v, iType), "Fecha = #12# ");
-    EXPECT_TRUE(base.ValidaKey(v, '3'));
+    EXPECT_EQ(tools::createFilter(base, v, iType), "Fecha = #12# ");
+    EXPECT_TRUE(tools::validaKey(base, v, '3'));
     // On a boolean it must have "Value", which it lacks.
     box->dataField = "P11";
-    EXPECT_EQ(errorOf([&] { base.CreateFilter(v, iType); }), 438);
+    EXPECT_EQ(errorOf([&] { tools::createFilter(base, v, iType); }), 438);
 }
 
 // The conditions are the recordset's own dialect: joined, they filter real rows.

@@ -1,7 +1,7 @@
 #pragma once
 // TempArchive: a fresh archive and settings folder per test and a fixed clock; rows
-// are written on a connection of the fixture's own. ToolsFixture adds a fixed user,
-// the default application object and the filter tools. Test classes are record
+// are written on a connection of the fixture's own. ToolsFixture adds a fixed user
+// and the default application object. Test classes are record
 // classes made from a variant table of the test's own, over whatever selection the
 // test needs.
 #include <gtest/gtest.h>
@@ -19,15 +19,12 @@
 
 #include "ado/connection.hpp"
 #include "frame/record.hpp"
-#include "frame/record_tools.hpp"
-#include "frame/saved_order.hpp"
 #include "frame/services/config.hpp"
 #include "platform/clock.hpp"
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
 #include "sql/translator.hpp"
-#include "tools/filter_tools.hpp"
 #include "support/errors.hpp"
 
 namespace hist::test {
@@ -112,20 +109,12 @@ protected:
         TempArchive::SetUp();
         CurrentUser::set("ana");
         setApplication(nullptr);
-        savedTools_ = frame::recordTools();
-        tools::installFilterTools();
     }
 
     void TearDown() override {
-        // Other tests of the program find the hook table as it was.
-        frame::recordTools() = savedTools_;
-        frame::setSavedOrderStep({});
         CurrentUser::set(std::nullopt);
         TempArchive::TearDown();
     }
-
-private:
-    frame::RecordTools savedTools_;
 };
 
 // A stand-in control bound to a field, with the given properties.

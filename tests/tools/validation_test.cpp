@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/tool_members.hpp"
 #include "tools_fixture.hpp"
 
 namespace hist::tools {
@@ -59,8 +60,8 @@ TEST_F(ValidationTest, DefinedSizeByTypeAndForm) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.field);
         Variant b = box(c.field, "");
-        EXPECT_EQ(table.ValidaDefinedSize(b), c.table);
-        EXPECT_EQ(whole.ValidaDefinedSize(b), c.whole);
+        EXPECT_EQ(tools::validaDefinedSize(table, b), c.table);
+        EXPECT_EQ(tools::validaDefinedSize(whole, b), c.whole);
     }
 }
 
@@ -101,26 +102,26 @@ TEST_F(ValidationTest, KeysByTypeRoomAndForm) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.field) + ": " + c.what);
         Variant b = box(c.field, c.text, c.selLength);
-        EXPECT_EQ(table.ValidaKey(b, c.key), c.table);
-        EXPECT_EQ(whole.ValidaKey(b, c.key), c.whole);
-        EXPECT_EQ(lines.ValidaKey(b, c.key), c.lines);
+        EXPECT_EQ(tools::validaKey(table, b, c.key), c.table);
+        EXPECT_EQ(tools::validaKey(whole, b, c.key), c.whole);
+        EXPECT_EQ(tools::validaKey(lines, b, c.key), c.lines);
     }
 }
 
 TEST_F(ValidationTest, ControlKeysPassWithoutLookingAtTheFieldAndUnknownFieldsFail) {
     Variant unbound(std::make_shared<StandInControl>(ControlKind::TextBox));
-    EXPECT_TRUE(table.ValidaKey(unbound, 8));
-    EXPECT_TRUE(lines.ValidaKey(unbound, 13));
-    EXPECT_EQ(errorOf([&] { table.ValidaKey(unbound, 48); }), 438);
+    EXPECT_TRUE(tools::validaKey(table, unbound, 8));
+    EXPECT_TRUE(tools::validaKey(lines, unbound, 13));
+    EXPECT_EQ(errorOf([&] { tools::validaKey(table, unbound, 48); }), 438);
     // The selection form reads SelLength before the field.
     Variant noSelection(control(ControlKind::TextBox, "Codigo", {{"Text", "a"}}));
-    EXPECT_TRUE(table.ValidaKey(noSelection, 97));
-    EXPECT_EQ(errorOf([&] { lines.ValidaKey(noSelection, 97); }), 438);
+    EXPECT_TRUE(tools::validaKey(table, noSelection, 97));
+    EXPECT_EQ(errorOf([&] { tools::validaKey(lines, noSelection, 97); }), 438);
     // A field the recordset lacks fails each member.
     Variant b = box("Nada", "1");
-    EXPECT_EQ(errorOf([&] { table.ValidaDefinedSize(b); }), 3265);
-    EXPECT_EQ(errorOf([&] { table.ValidaKey(b, 48); }), 3265);
-    EXPECT_EQ(errorOf([&] { table.ValidaValue(b); }), 3265);
+    EXPECT_EQ(errorOf([&] { tools::validaDefinedSize(table, b); }), 3265);
+    EXPECT_EQ(errorOf([&] { tools::validaKey(table, b, 48); }), 3265);
+    EXPECT_EQ(errorOf([&] { tools::validaValue(table, b); }), 3265);
 }
 
 TEST_F(ValidationTest, ValuesByType) {
@@ -147,7 +148,7 @@ TEST_F(ValidationTest, ValuesByType) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.field) + " '" + c.text + "'");
         Variant b = box(c.field, c.text);
-        EXPECT_EQ(table.ValidaValue(b), c.valid);
+        EXPECT_EQ(tools::validaValue(table, b), c.valid);
     }
 }
 

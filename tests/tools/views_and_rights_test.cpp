@@ -103,7 +103,7 @@ TEST_F(SavedViews, FiltersAreKeptPerClassTableAndViewWithoutCase) {
     app->setMajor(2);
     app->setMinor(3);
     setApplication(app);
-    EXPECT_EQ(viewKey(cls, "todos"),
+    EXPECT_EQ(cls.viewKey("todos"),
               "SOFTWARE\\Otra\\Historicos\\2.3\\Configuracion\\registros\\HOrdenes_Comentarios\\todos\\");
     EXPECT_EQ(cls.GetFilter("todos"), "");
     criteria = "Codigo = 8";
@@ -207,13 +207,13 @@ TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
     frame::RecordClass selection{kRestoring};
     open(selection, "seleccion");
     EXPECT_EQ(selection.primaryRecordset()->Sort(), "Id");
-    EXPECT_EQ(stored(viewKey(selection, "seleccion"), "IndexOrderField"), "0");
+    EXPECT_EQ(stored(selection.viewKey("seleccion"), "IndexOrderField"), "0");
 
     // An empty selection is left unsorted and saves nothing.
     frame::RecordClass none{kRestoring};
     open(none, "ninguno");
     EXPECT_EQ(none.primaryRecordset()->Sort(), "");
-    EXPECT_EQ(stored(viewKey(none, "ninguno"), "IndexOrderField"), "<none>");
+    EXPECT_EQ(stored(none.viewKey("ninguno"), "IndexOrderField"), "<none>");
 }
 
 // ------------------------------------------------------------ permissions
@@ -238,7 +238,7 @@ protected:
         std::ostringstream out, err;
         return services::rightsCommand(args, out, err);
     }
-    static bool allowed(frame::RecordClass& cls, std::string action) { return cls.SeguridadPermiso(action); }
+    static bool allowed(frame::RecordClass& cls, std::string action) { return tools::seguridadPermiso(cls, action); }
 };
 
 TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
