@@ -166,6 +166,7 @@ TEST_F(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
         "{\"keys\": {}}",                            // no version
         "{\"version\": 9, \"keys\": {}}",            // a version unknown
         "{\"version\": 1, \"keys\": {\"K\": {\"n\": 5}}}",  // a value not a text
+        "{\"version\": 1, \"keys\": {\"K\": {\"n\": -2e308}}}",  // a number beyond a double
     };
     for (const std::string& damaged : damages) {
         writeFile(file, damaged);
