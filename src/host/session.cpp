@@ -22,6 +22,19 @@ const std::string& textField(const Json& req, const char* key) {
     return v.get_ref<const std::string&>();
 }
 
+// Copying, writing and freeing a JSON value all recurse over its levels (the reader
+// itself copies a value when the object holding it grows), so a request is refused
+// while it is read once it nests deeper than this.
+constexpr int kMaxRequestDepth = 256;
+struct TooDeep {};
+
+bool stopTooDeep(int depth, Json::parse_event_t event, Json&) {
+    if ((event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start) &&
+        depth >= kMaxRequestDepth)
+        throw TooDeep{};
+    return true;
+}
+
 Json eventsJson() {
     Json ev = Json::object();
     for (const auto& [name, n] : Events::counts())
@@ -51,10 +64,20 @@ std::optional<std::string> Session::handle(std::string_view line) {
     answer["ok"] = false;
     Json req;
     try {
-        req = Json::parse(line);
+        req = Json::parse(line, stopTooDeep);
+    } catch (const TooDeep&) {
+        answer["error"] = errorJson(err::InvalidCall, err::SrcHost,
+                                    "Malformed request: it nests deeper than " + std::to_string(kMaxRequestDepth) +
+                                        " levels of lists and objects");
+        return dump(answer);
     } catch (const Json::parse_error& e) {
         answer["error"] = errorJson(err::InvalidCall, err::SrcHost,
                                     std::string("Malformed request: not valid JSON (") + e.what() + ")");
+        return dump(answer);
+    } catch (const Json::exception&) {
+        // The reader's only other refusal: a number beyond the range of a double (1e309).
+        answer["error"] = errorJson(err::InvalidCall, err::SrcHost,
+                                    "Malformed request: not valid JSON (a number is too large to be read)");
         return dump(answer);
     }
     if (!req.is_object()) {

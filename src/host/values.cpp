@@ -73,7 +73,9 @@ std::string dateText(double serial) {
     return s;
 }
 
-std::shared_ptr<StandInControl> decodeControl(const Json& given, ObjectNames& names) {
+Variant decodeAt(const Json& j, ObjectNames& names, int depth);
+
+std::shared_ptr<StandInControl> decodeControl(const Json& given, ObjectNames& names, int depth) {
     if (!given.is_object()) malformed("\"control\" takes an object of properties");
     ControlKind kind = ControlKind::Other;
     if (auto k = given.find("kind"); k != given.end()) {
@@ -100,7 +102,7 @@ std::shared_ptr<StandInControl> decodeControl(const Json& given, ObjectNames& na
                 rows->push_back(row.get<std::string>());
             }
         } else {
-            ctl->define(key, decodeValue(*it, names));
+            ctl->define(key, decodeAt(*it, names, depth + 1));
         }
     }
     if (rows) ctl->setList(std::move(*rows));
@@ -128,9 +130,23 @@ std::shared_ptr<StandInColumns> decodeColumns(const Json& given) {
     return cols;
 }
 
-}  // namespace
+// The keys of an object, for a message: the first few only, so that a huge value
+// does not make a huge answer.
+std::string keysOf(const Json& j) {
+    std::string out;
+    int shown = 0;
+    for (auto it = j.begin(); it != j.end(); ++it) {
+        if (shown == 5) return out + ", ...";
+        out += (shown++ ? ", \"" : "\"") + it.key() + "\"";
+    }
+    return out;
+}
 
-Variant decodeValue(const Json& j, ObjectNames& names) {
+Variant decodeAt(const Json& j, ObjectNames& names, int depth) {
+    // Each level of a value is a level of this recursion: a limit keeps a hostile
+    // line from exhausting the stack.
+    if (depth >= kMaxValueDepth)
+        malformed("a value nests deeper than " + std::to_string(kMaxValueDepth) + " levels");
     switch (j.type()) {
         case Json::value_t::null: return Variant::null();
         case Json::value_t::boolean: return Variant(j.get<bool>());
@@ -145,7 +161,9 @@ Variant decodeValue(const Json& j, ObjectNames& names) {
         case Json::value_t::object: break;
         default: malformed("a value is a JSON scalar or one of the tagged objects, not " + std::string(j.type_name()));
     }
-    if (j.size() != 1) malformed("a tagged value has exactly one key: " + j.dump());
+    if (j.size() != 1)
+        malformed("a tagged value has exactly one key; found " + std::to_string(j.size()) +
+                  (j.empty() ? std::string() : ": " + keysOf(j)));
     const auto first = j.begin();
     const std::string& key = first.key();
     const Json& val = first.value();
@@ -170,16 +188,20 @@ Variant decodeValue(const Json& j, ObjectNames& names) {
         if (!o) raise(err::ObjectRequired, err::SrcHost, "Object required: no object is named \"" + val.get<std::string>() + "\"");
         return Variant(o);
     }
-    if (key == "control") return Variant(decodeControl(val, names));
+    if (key == "control") return Variant(decodeControl(val, names, depth));
     if (key == "columns") return Variant(decodeColumns(val));
     if (key == "collection") {
         if (!val.is_array()) malformed("\"collection\" takes a list of values");
         auto c = std::make_shared<Collection>();
-        for (const auto& item : val) c->Add(decodeValue(item, names));
+        for (const auto& item : val) c->Add(decodeAt(item, names, depth + 1));
         return Variant(c);
     }
     malformed("unknown tagged value \"" + key + "\"");
 }
+
+}  // namespace
+
+Variant decodeValue(const Json& j, ObjectNames& names) { return decodeAt(j, names, 0); }
 
 // ---- encoding ----
 

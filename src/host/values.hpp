@@ -33,8 +33,13 @@ private:
     long next_ = 1;
 };
 
-// JSON to Variant. A value that cannot be read raises hist::Error 5 (source
-// historicos.host) naming what was wrong; an unknown ref raises 424.
+// How deep a request's values may nest (a collection in a collection, a control's
+// property holding a collection, ...), counting the value itself as one level.
+inline constexpr int kMaxValueDepth = 64;
+
+// JSON to Variant. A value that cannot be read, or that nests deeper than
+// kMaxValueDepth, raises hist::Error 5 (source historicos.host) naming what was
+// wrong; an unknown ref raises 424.
 Variant decodeValue(const Json& j, ObjectNames& names);
 // Variant to JSON: Integer and Long as integers, a Double always with a decimal point
 // or an exponent, dates as {"date":"YYYY-MM-DDTHH:MM:SS"}, stand-in controls and grid

@@ -151,6 +151,7 @@ TEST(ServicesConfig, BadInputNamesFileKeyAndExpectation) {
         {R"([1, 2])", {"/etc/historicos.json", "JSON object", "a list"}},
         {"{\n  \"archive\": \"a.db\",\n  oops\n}", {"/etc/historicos.json", "not valid JSON", "line 3"}},
         {"", {"not valid JSON"}},
+        {R"({"busyTimeout": 1e309})", {"/etc/historicos.json", "not valid JSON", "too large"}},
     };
     for (const Case& c : cases) {
         Error e = raised([&] { Config::fromJson(c.json, "/etc/historicos.json", envOf({{"HOME", "/h"}})); });

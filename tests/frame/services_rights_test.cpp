@@ -74,13 +74,24 @@ TEST_F(ServicesRights, RefusalsArePerUserPathAndAction) {
 
 TEST_F(ServicesRights, ADamagedRightsStoreFailsTheCheck) {
     RightsStore store(dir.str());
-    test::writeFile(store.fileOf("ana"), "{\"version\": 1, \"keys\": {");
-    ClsSeguridadUsuario s;
-    std::string path = groupKey(AppIdentity{}, "Facturas"), id = "Borrar";
-    // Nobody gets a permission from a damaged store.
-    const std::string why = raised([&] { s.bRestringido(path, id); }).description();
-    EXPECT_THAT(why, HasSubstr("rights store"));
-    EXPECT_THAT(why, HasSubstr("damaged"));
+    const std::string file = store.fileOf("ana").string();
+    const char* damages[] = {
+        "{\"version\": 1, \"keys\": {",                                       // cut short
+        "{\"version\": 1, \"keys\": {\"K\": {\"Borrar\": \"denegado\", \"n\": 1e400}}}",  // beyond a double
+    };
+    for (const char* damaged : damages) {
+        test::writeFile(file, damaged);
+        ClsSeguridadUsuario s;
+        std::string path = groupKey(AppIdentity{}, "Facturas"), id = "Borrar";
+        // Nobody gets a permission from a damaged store.
+        const std::string why = raised([&] { s.bRestringido(path, id); }).description();
+        EXPECT_THAT(why, HasSubstr("rights store " + file));
+        EXPECT_THAT(why, HasSubstr("damaged"));
+        // Listing stops with the same message rather than skipping the file.
+        std::ostringstream out, err;
+        EXPECT_EQ(rightsCommand({"list"}, out, err), 1) << damaged;
+        EXPECT_THAT(err.str(), HasSubstr(file));
+    }
 }
 
 struct CommandRun {
@@ -141,7 +152,9 @@ TEST_F(ServicesRights, CommandUsageAndFailures) {
         {{"--settings-dir"}, 2, "--settings-dir needs a value"},
         {{"--verbose", "list"}, 2, "unknown option --verbose"},
         {{"--config", "/nonexistent/c.json", "list"}, 1, "configuration file not found"},
+        {{"--config", (dir / "huge.json").string(), "list"}, 1, "a number is too large"},
     };
+    test::writeFile(dir / "huge.json", R"({"busyTimeout": 1e309})");
     for (const Case& c : cases) {
         CommandRun r = run(c.args);
         EXPECT_EQ(r.status, c.status) << c.says;

@@ -1,3 +1,4 @@
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "frame/services/config.hpp"
+#include "frame/services/rights.hpp"
 #include "frame/services/settings.hpp"
 #include "frame/services/store_file.hpp"
 #include "frame/services_testutil.hpp"
@@ -145,14 +147,69 @@ TEST_F(ServicesSettings, OpeningAnExistingKeyWritesNothing) {
     EXPECT_THAT(readFile(file), HasSubstr("Nueva"));
 }
 
-TEST_F(ServicesSettings, LeftoverTemporaryFileIsHarmless) {
+TEST_F(ServicesSettings, LeftoverTemporaryCopiesAreHarmlessAndClearedByTheNextWrite) {
     put(file, kTodos, "Criteria", "a");
-    // What a crash between writing the temporary file and renaming it leaves behind.
-    writeFile(dir / "registro.json.tmp.99999.0", "{\"version\": 1, \"keys\": {\"X\": {\"Crit");
+    // What writers killed between writing their copy and renaming it leave behind.
+    const char* leftovers[] = {"registro.json.tmp.99999.0", "registro.json.tmp.4242.17"};
+    for (const char* name : leftovers) writeFile(dir / name, "{\"version\": 1, \"keys\": {\"X\": {\"Crit");
+    writeFile(dir / "derechos.json.tmp.99999.0", "another store's copy");
     EXPECT_EQ(get(file, kTodos, "Criteria"), "a");
     put(file, kTodos, "Mode", "m");
     EXPECT_EQ(get(file, kTodos, "Criteria"), "a");
     EXPECT_EQ(get(file, kTodos, "Mode"), "m");
+    for (const char* name : leftovers) EXPECT_FALSE(std::filesystem::exists(dir / name)) << name;
+    EXPECT_TRUE(std::filesystem::exists(dir / "derechos.json.tmp.99999.0"));  // left to its own store
+    EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+// Another process holds a store's lock until `release` is closed (3 s at most).
+pid_t holdLock(const std::filesystem::path& store, const char* what, int& release) {
+    int ready[2], hold[2];
+    if (::pipe(ready) != 0 || ::pipe(hold) != 0) return -1;
+    pid_t child = inChild([&] {
+        ::close(hold[1]);  // so that the parent's close is seen
+        StoreLock lock(store, what);
+        char c = 1;
+        if (::write(ready[1], &c, 1) != 1) ::_exit(4);
+        pollfd p{hold[0], POLLIN, 0};
+        ::poll(&p, 1, 3000);
+    });
+    ::close(ready[1]);
+    ::close(hold[0]);
+    char c = 0;
+    if (::read(ready[0], &c, 1) != 1) ADD_FAILURE() << "the holder did not take the lock";
+    ::close(ready[0]);
+    release = hold[1];
+    return child;
+}
+
+TEST_F(ServicesSettings, AWriterKeptWaitingTooLongFailsNamingTheStore) {
+    RightsStore rights(dir.str());
+    put(file, kTodos, "Criteria", "a");
+    struct Case {
+        std::filesystem::path store;
+        const char* what;
+        std::function<void()> write;
+    };
+    const Case cases[] = {
+        {file, kSettingsWhat, [&] { put(file, kTodos, "Criteria", "b"); }},
+        {rights.fileOf("ana"), "rights store", [&] { rights.deny("ana", "Facturas", "Borrar"); }},
+    };
+    const auto saved = StoreLock::waitLimit();
+    StoreLock::setWaitLimit(std::chrono::milliseconds(50));
+    for (const Case& c : cases) {
+        int release = -1;
+        pid_t holder = holdLock(c.store, c.what, release);
+        Error e = test::raised(c.write);
+        EXPECT_EQ(e.number(), err::InvalidCall);
+        EXPECT_THAT(e.description(), HasSubstr(std::string(c.what) + " " + c.store.string() + ": is busy"));
+        ::close(release);
+        EXPECT_TRUE(endedWell(holder));
+        c.write();  // once the holder is gone the write goes through
+    }
+    StoreLock::setWaitLimit(saved);
+    EXPECT_EQ(get(file, kTodos, "Criteria"), "b");
+    EXPECT_TRUE(rights.refused("ana", "facturas", "borrar"));
 }
 
 TEST_F(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
@@ -166,6 +223,7 @@ TEST_F(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
         "{\"keys\": {}}",                            // no version
         "{\"version\": 9, \"keys\": {}}",            // a version unknown
         "{\"version\": 1, \"keys\": {\"K\": {\"n\": 5}}}",  // a value not a text
+        "{\"version\": 1, \"keys\": {\"K\": {\"n\": -2e308}}}",  // a number beyond a double
     };
     for (const std::string& damaged : damages) {
         writeFile(file, damaged);

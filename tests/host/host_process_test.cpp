@@ -125,9 +125,12 @@ TEST(HostProcessTest, MalformedLinesAreAnsweredAndTheHostGoesOn) {
     HostProcess h({});
     EXPECT_EQ(askJson(h, R"({"id":1,"new":"Collection","as":"c2"})")["ok"], true);
     struct Case {
-        const char* line;
+        std::string line;
         json id;
     };
+    std::string deep;
+    for (int i = 0; i < 20000; ++i) deep += R"({"collection":[)";
+    for (int i = 0; i < 20000; ++i) deep += "]}";
     const Case cases[] = {
         {"this is not json", nullptr},
         {R"({"id":1,"new":"Runtime")", nullptr},  // cut short
@@ -145,13 +148,16 @@ TEST(HostProcessTest, MalformedLinesAreAnsweredAndTheHostGoesOn) {
         {R"({"id":12,"exec":"UPDATE NoSuchTable SET Estado = 1 WHERE Id = 0","base":4})", 12},
         {R"({"id":13,"query":"SELECT * FROM HOrdenes WHERE","base":4})", 13},
         {R"({"id":14,"query":"SELECT * FROM HOrdenes","base":"cuatro"})", 14},
+        {R"({"id":15,"call":"c2.Add","args":[1e309]})", nullptr},
+        {R"({"id":16,"call":"c2.Add","args":[)" + deep + "]}", nullptr},
     };
     for (const auto& c : cases) {
         json a = askJson(h, c.line);
-        EXPECT_EQ(a["ok"], false) << c.line;
-        EXPECT_EQ(a["id"], c.id) << c.line;
-        EXPECT_TRUE(a["error"]["number"].is_number_integer()) << c.line;
-        EXPECT_FALSE(a["error"]["description"].get<std::string>().empty()) << c.line;
+        const std::string shown = c.line.substr(0, 80);
+        EXPECT_EQ(a["ok"], false) << shown;
+        EXPECT_EQ(a["id"], c.id) << shown;
+        EXPECT_TRUE(a["error"]["number"].is_number_integer()) << shown;
+        EXPECT_FALSE(a["error"]["description"].get<std::string>().empty()) << shown;
     }
     // Blank lines get no answer; the next request is served.
     h.send("");

@@ -200,6 +200,47 @@ TEST_F(SessionTest, NewWithoutANameReturnsARefAndACollectionHoldingItselfIsAnswe
     EXPECT_EQ(ask(R"({"id":8,"call":"c.Remove","args":[1]})")["ok"], true);
 }
 
+// Lines a hostile client may send: numbers beyond a double, values and requests
+// nested without end. Each gets error 5 and the session serves the next line.
+TEST_F(SessionTest, OutOfRangeAndNestedInputIsRefusedAndTheSessionGoesOn) {
+    auto nested = [](const std::string& open, const std::string& inner, const std::string& close, int levels) {
+        std::string s;
+        for (int i = 0; i < levels; ++i) s += open;
+        s += inner;
+        for (int i = 0; i < levels; ++i) s += close;
+        return s;
+    };
+    auto collections = [&](int levels) { return nested(R"({"collection":[)", "1", "]}", levels); };
+    struct Case {
+        std::string line;
+        Json id;
+        const char* says;
+    };
+    const Case cases[] = {
+        {R"({"id":1,"call":"p.Echo","args":[1e309]})", nullptr, "too large"},
+        {R"({"id":2,"call":"p.Echo","args":[-1e400]})", nullptr, "too large"},
+        {R"({"id":3,"call":"p.Echo","args":[)" + collections(64) + "]}", 3, "nests deeper than 64"},
+        {R"({"id":4,"call":"p.Echo","args":[{"control":{"Value":)" + collections(63) + "}}]}", 4,
+         "nests deeper than 64"},
+        {R"({"id":5,"call":"p.Value","set":)" + collections(64) + "}", 5, "nests deeper than 64"},
+        {R"({"id":6,"call":"p.Echo","args":[)" + collections(20000) + "]}", nullptr, "nests deeper than 256"},
+        {R"({"id":)" + nested("[", "", "]", 200000) + R"(,"members":"HostProbe"})", nullptr, "nests deeper"},
+        {R"({"id":8,"call":"p.Echo","args":[{"a":1,"b":)" + nested("[", "", "]", 100) + "}]}", 8, "found 2: \"a\""},
+    };
+    for (const Case& c : cases) {
+        Json a = ask(c.line);
+        EXPECT_EQ(a["ok"], false) << c.line.substr(0, 80);
+        EXPECT_EQ(a["id"], c.id) << c.line.substr(0, 80);
+        EXPECT_EQ(a["error"]["number"], err::InvalidCall) << c.line.substr(0, 80);
+        EXPECT_NE(a["error"]["description"].get<std::string>().find(c.says), std::string::npos)
+            << a["error"]["description"];
+        EXPECT_EQ(echo("7"), 7);  // the session goes on
+    }
+    // The deepest value allowed (63 collections around a number: 64 levels) still travels.
+    Json deepest = echo(collections(63));
+    EXPECT_TRUE(deepest.contains("collection")) << deepest.dump().substr(0, 200);
+}
+
 // ------------------------------------------------------------ the host's options
 
 

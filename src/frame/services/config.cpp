@@ -282,6 +282,9 @@ Config Config::fromJson(const std::string& text, const std::string& origin, cons
         root = json::parse(text);
     } catch (const json::parse_error& e) {
         fail(origin + ": not valid JSON at " + placeOf(text, e.byte) + "; correct the file");
+    } catch (const json::exception&) {
+        // The reader's only other refusal: a number beyond the range of a double (1e309).
+        fail(origin + ": not valid JSON: a number is too large to be read; correct the file");
     }
     Config c = defaults(env);
     fs::path base = fs::path(origin).parent_path();

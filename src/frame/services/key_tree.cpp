@@ -29,6 +29,9 @@ KeyTree KeyTree::parse(const std::string& text, const std::filesystem::path& fil
         root = json::parse(text);
     } catch (const json::parse_error&) {
         throw damaged(text.empty() ? "the file is empty" : "it is not complete JSON");
+    } catch (const json::exception&) {
+        // The reader's only other refusal: a number beyond the range of a double.
+        throw damaged("it holds a number too large to be read");
     }
     if (!root.is_object()) throw damaged("it is not a JSON object");
     auto version = root.find("version");

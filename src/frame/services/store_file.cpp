@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 #include <unicode/unistr.h>
 
@@ -97,19 +99,56 @@ void replaceStoreFile(const fs::path& file, std::string_view text, std::string_v
     }
 }
 
+namespace {
+
+std::atomic<long long> gWaitLimitMs{5000};
+
+// Removes `<file>.tmp.*`, the copies of writers that died before their rename.
+// Best effort: a copy that cannot be removed is harmless, only untidy.
+void clearStaleCopies(const fs::path& file) {
+    const std::string prefix = file.filename().string() + ".tmp.";
+    std::error_code ec;
+    fs::directory_iterator it(file.parent_path().empty() ? fs::path(".") : file.parent_path(), ec), end;
+    for (; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        if (name.compare(0, prefix.size(), prefix) == 0) {
+            std::error_code ignored;
+            fs::remove(it->path(), ignored);
+        }
+    }
+}
+
+}  // namespace
+
+std::chrono::milliseconds StoreLock::waitLimit() { return std::chrono::milliseconds(gWaitLimitMs.load()); }
+void StoreLock::setWaitLimit(std::chrono::milliseconds limit) { gWaitLimitMs.store(limit.count()); }
+
 StoreLock::StoreLock(const fs::path& file, std::string_view what) {
     makeFolder(file.parent_path(), what);
     fs::path lock = file;
     lock += ".lock";
     fd_ = ::open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (fd_ < 0) fail(what, lock, "cannot be opened (" + sysText(errno) + "); check the folder's permissions");
-    while (::flock(fd_, LOCK_EX) != 0) {
-        if (errno == EINTR) continue;
-        int e = errno;
-        ::close(fd_);
-        fd_ = -1;
-        fail(what, lock, "cannot be locked (" + sysText(e) + ")");
+    // Polls a non-blocking lock so that a holder that never lets go (a program
+    // stopped in a debugger, a hung process) makes this writer fail, not hang.
+    const auto limit = waitLimit();
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    auto pause = std::chrono::milliseconds(1);
+    while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
+        const int e = errno;
+        if (e == EINTR) continue;
+        if (e != EWOULDBLOCK || std::chrono::steady_clock::now() >= deadline) {
+            ::close(fd_);
+            fd_ = -1;
+            if (e != EWOULDBLOCK) fail(what, lock, "cannot be locked (" + sysText(e) + ")");
+            fail(what, file,
+                 "is busy: another program kept it locked for more than " + std::to_string(limit.count()) +
+                     " ms; try again once that program is done");
+        }
+        std::this_thread::sleep_for(pause);
+        pause = std::min(pause * 2, std::chrono::milliseconds(25));
     }
+    clearStaleCopies(file);
 }
 
 StoreLock::~StoreLock() {

@@ -2,6 +2,7 @@
 // Durable small files for the per-user stores: a whole-file replace that a crash
 // cannot leave half-written (temporary file, fsync, rename, fsync of the folder),
 // and an exclusive lock that serialises read-modify-write across processes.
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,16 +15,26 @@ namespace hist::services {
 std::optional<std::string> readStoreFile(const std::filesystem::path& file, std::string_view what);
 
 // Replaces the file with `text`: the old contents or the new, never a mixture.
-// Creates the folder when missing.
+// Creates the folder when missing. Call it holding the file's StoreLock: the
+// temporary copy it writes (`<file>.tmp.<pid>.<n>`) is only safe from the lock's
+// clean-up while the lock is held.
 void replaceStoreFile(const std::filesystem::path& file, std::string_view text, std::string_view what);
 
 // An exclusive advisory lock on `<file>.lock`, held for the object's life.
+// Taking it waits at most waitLimit() for another holder to let go, then raises
+// hist::Error (5) naming the store. Once taken, it removes the temporary copies
+// of the file that a writer killed midway left behind: every writer writes its
+// copy under this lock, so none of them is in use.
 class StoreLock {
 public:
     StoreLock(const std::filesystem::path& file, std::string_view what);
     ~StoreLock();
     StoreLock(const StoreLock&) = delete;
     StoreLock& operator=(const StoreLock&) = delete;
+
+    // How long taking a lock waits; 5 seconds unless set (tests shorten it).
+    static std::chrono::milliseconds waitLimit();
+    static void setWaitLimit(std::chrono::milliseconds limit);
 
 private:
     int fd_ = -1;
