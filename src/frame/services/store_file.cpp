@@ -11,7 +11,6 @@
 #include <cstring>
 #include <thread>
 
-#include <unicode/unistr.h>
 
 #include "platform/error.hpp"
 
@@ -156,14 +155,6 @@ StoreLock::~StoreLock() {
         ::flock(fd_, LOCK_UN);
         ::close(fd_);
     }
-}
-
-std::string foldKey(std::string_view text) {
-    icu::UnicodeString u = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    u.foldCase();
-    std::string out;
-    u.toUTF8String(out);
-    return out;
 }
 
 fs::path userStoreDir(const std::string& settingsDir, const std::string& user) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/text.hpp"
+
 namespace hist::services {
 
 // The file's bytes, or nothing when it does not exist. Raises hist::Error (5) when
@@ -40,8 +42,8 @@ private:
     int fd_ = -1;
 };
 
-// Unicode case folding of a UTF-8 text: the identity of names that ignore case.
-std::string foldKey(std::string_view text);
+// The identity of names that ignore case (the library's one folding, platform/text.hpp).
+inline std::string foldKey(std::string_view t) { return text::fold(t); }
 
 // The folder of one user's stores under a settings folder:
 // <settingsDir>/historicos/usuarios/<user>, the user's name folded and made safe
