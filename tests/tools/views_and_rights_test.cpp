@@ -216,6 +216,32 @@ TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
     EXPECT_EQ(stored(viewKey(none, "ninguno"), "IndexOrderField"), "<none>");
 }
 
+TEST_F(SavedViews, ADamagedSavedOrderFailsTheOpeningNamingTheFormAndView) {
+    struct Case {
+        const char* index;
+        const char* mode;
+        long number;
+    };
+    const Case cases[] = {
+        {"99", "", 3265},           // past the last field
+        {"1", " SIDEWAYS", 3265},   // a direction the recordset refuses
+        {"tres", "", 13},           // no number at all
+    };
+    for (const Case& c : cases) {
+        services::ClsClaveRegistro store;
+        store.AbrirClave(kTodos);
+        Variant index("IndexOrderField"), mode("Mode");
+        std::string indexValue = c.index, modeValue = c.mode;
+        store.EscribirValor(index, indexValue);
+        store.EscribirValor(mode, modeValue);
+        frame::RecordClass cls{kRestoring};
+        std::string description;
+        EXPECT_EQ(errorOf([&] { open(cls, "todos"); }, &description), c.number) << c.index << c.mode;
+        EXPECT_NE(description.find("saved order of HOrdenes_Comentarios (view \"todos\")"), std::string::npos)
+            << description;
+    }
+}
+
 // ------------------------------------------------------------ permissions
 
 
