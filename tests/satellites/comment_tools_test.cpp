@@ -469,12 +469,12 @@ TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
     for (const auto& refused : cases) {
         SCOPED_TRACE(refused.group);
         std::ostringstream out, err;
-        ASSERT_EQ(services::rightsCommand({"deny", "ana", refused.group, "Borrar"}, out, err), 0);
+        ASSERT_EQ(services::rightsCommand({.verb = services::RightsOptions::Verb::Deny, .user = "ana", .group = refused.group, .action = "Borrar"}, out, err), 0);
         for (const auto& c : cases) {
             std::string action = "Borrar";
             EXPECT_EQ(c.cls->SeguridadPermiso(action), c.cls != refused.cls) << c.group;
         }
-        ASSERT_EQ(services::rightsCommand({"allow", "ana", refused.group, "Borrar"}, out, err), 0);
+        ASSERT_EQ(services::rightsCommand({.verb = services::RightsOptions::Verb::Allow, .user = "ana", .group = refused.group, .action = "Borrar"}, out, err), 0);
     }
 }
 

@@ -260,9 +260,9 @@ constexpr frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos
 
 class Permissions : public test::ToolsFixture {
 protected:
-    static int rights(std::vector<std::string> args) {
+    static int rights(services::RightsOptions o) {
         std::ostringstream out, err;
-        return services::rightsCommand(args, out, err);
+        return services::rightsCommand(o, out, err);
     }
     static bool allowed(frame::RecordClass& cls, std::string action) { return cls.SeguridadPermiso(action); }
 };
@@ -280,7 +280,7 @@ TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
 TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded) {
     frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes}, sinGrupo{kSinGrupo};
     EXPECT_TRUE(allowed(ventas, "Borrar"));
-    ASSERT_EQ(rights({"deny", "ana", "Facturas", "Borrar"}), 0);
+    ASSERT_EQ(rights({.verb = services::RightsOptions::Verb::Deny, .user = "ana", .group = "Facturas", .action = "Borrar"}), 0);
 
     // Classes of one group answer alike; another group or action is untouched.
     EXPECT_FALSE(allowed(ventas, "Borrar"));
@@ -288,7 +288,7 @@ TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded)
     EXPECT_TRUE(allowed(ventas, "Modificar"));
     EXPECT_TRUE(allowed(ordenes, "Borrar"));
 
-    ASSERT_EQ(rights({"allow", "ana", "Facturas", "Borrar"}), 0);
+    ASSERT_EQ(rights({.verb = services::RightsOptions::Verb::Allow, .user = "ana", .group = "Facturas", .action = "Borrar"}), 0);
     EXPECT_TRUE(allowed(ventas, "Borrar"));
 
     EXPECT_EQ(test::errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);
