@@ -98,7 +98,8 @@ TEST_F(ServicesRights, CommandDeniesListsAndAllows) {
     CommandRun r = run({.verb = Verb::Deny, .user = "luis", .group = "Facturas", .action = "Borrar"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "refused: luis Facturas Borrar\n");
-    EXPECT_EQ(run({.verb = Verb::Deny, .user = "luis", .group = "Facturas", .action = "Borrar"}).out, "already refused: luis Facturas Borrar\n");
+    EXPECT_EQ(run({.verb = Verb::Deny, .user = "luis", .group = "Facturas", .action = "Borrar"}).out,
+              "already refused: luis Facturas Borrar\n");
     EXPECT_EQ(run({.verb = Verb::Deny, .user = "ana", .group = "Hist_Fabricacion", .action = "Imprimir"}).status, 0);
     // What the command writes is what a record class's check finds: see the tools' permission tests.
 
@@ -110,14 +111,20 @@ TEST_F(ServicesRights, CommandDeniesListsAndAllows) {
     CommandRun allowed = run({.verb = Verb::Allow, .user = "luis", .group = "facturas", .action = "BORRAR"});
     EXPECT_EQ(allowed.status, 0);
     EXPECT_EQ(allowed.out, "allowed: luis facturas BORRAR\n");
-    EXPECT_EQ(run({.verb = Verb::Allow, .user = "luis", .group = "Facturas", .action = "Borrar"}).out, "was not refused: luis Facturas Borrar\n");
+    EXPECT_EQ(run({.verb = Verb::Allow, .user = "luis", .group = "Facturas", .action = "Borrar"}).out,
+              "was not refused: luis Facturas Borrar\n");
     EXPECT_EQ(run({.verb = Verb::List}).out, "ana\tHist_Fabricacion\tImprimir\n");
 }
 
 TEST_F(ServicesRights, CommandOptionsChooseFolderAndIdentity) {
     ScratchDir other;
     test::writeFile(other / "c.json", R"({"application": {"CompanyName": "Sur", "Major": 2}})");
-    CommandRun r = run({.verb = Verb::Deny, .user = "ana", .group = "Facturas", .action = "Borrar", .config = (other / "c.json").string(), .settingsDir = other.str()});
+    CommandRun r = run({.verb = Verb::Deny,
+                        .user = "ana",
+                        .group = "Facturas",
+                        .action = "Borrar",
+                        .config = (other / "c.json").string(),
+                        .settingsDir = other.str()});
     ASSERT_EQ(r.status, 0) << r.err;
     RightsStore store(other.str());
     EXPECT_TRUE(store.refused("ana", "SOFTWARE\\Sur\\Historicos\\2.0\\Seguridad\\Seguridad\\Facturas\\", "Borrar"));

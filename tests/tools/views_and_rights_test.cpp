@@ -260,9 +260,10 @@ constexpr frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos
 
 class Permissions : public test::ToolsFixture {
 protected:
-    static int rights(services::RightsOptions o) {
+    using Verb = services::RightsOptions::Verb;
+    static int rights(Verb verb, std::string user, std::string group, std::string action) {
         std::ostringstream out, err;
-        return services::rightsCommand(o, out, err);
+        return services::rightsCommand({.verb = verb, .user = user, .group = group, .action = action}, out, err);
     }
     static bool allowed(frame::RecordClass& cls, std::string action) { return cls.SeguridadPermiso(action); }
 };
@@ -280,7 +281,7 @@ TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
 TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded) {
     frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes}, sinGrupo{kSinGrupo};
     EXPECT_TRUE(allowed(ventas, "Borrar"));
-    ASSERT_EQ(rights({.verb = services::RightsOptions::Verb::Deny, .user = "ana", .group = "Facturas", .action = "Borrar"}), 0);
+    ASSERT_EQ(rights(Verb::Deny, "ana", "Facturas", "Borrar"), 0);
 
     // Classes of one group answer alike; another group or action is untouched.
     EXPECT_FALSE(allowed(ventas, "Borrar"));
@@ -288,7 +289,7 @@ TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded)
     EXPECT_TRUE(allowed(ventas, "Modificar"));
     EXPECT_TRUE(allowed(ordenes, "Borrar"));
 
-    ASSERT_EQ(rights({.verb = services::RightsOptions::Verb::Allow, .user = "ana", .group = "Facturas", .action = "Borrar"}), 0);
+    ASSERT_EQ(rights(Verb::Allow, "ana", "Facturas", "Borrar"), 0);
     EXPECT_TRUE(allowed(ventas, "Borrar"));
 
     EXPECT_EQ(test::errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);
