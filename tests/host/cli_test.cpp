@@ -11,7 +11,6 @@
 
 #include "cli_run.hpp"
 #include "frame/services/config.hpp"
-#include "platform/clock.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/regional.hpp"
 
