@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "frame/record.hpp"
+#include "platform/error.hpp"
+
 namespace hist::frame {
 
 namespace {
@@ -14,7 +17,20 @@ SavedOrderStep& installed() {
 void setSavedOrderStep(SavedOrderStep step) { installed() = std::move(step); }
 
 void applySavedOrder(RecordClass& cls, std::string& key) {
-    if (const auto& step = installed()) step(cls, key);
+    const auto& step = installed();
+    if (!step) return;
+    // A damaged saved order (an index past the fields, a direction the recordset
+    // refuses, an index that is no number) fails the opening with its own number; the
+    // description says which form's saved order it was, since nothing else in the
+    // caller's hands points at the settings store.
+    const std::string view = key;
+    try {
+        step(cls, key);
+    } catch (const Error& e) {
+        throw Error(e.number(), e.source(),
+                    "The saved order of " + cls.sClassName() + " (view \"" + view + "\") cannot be applied: " +
+                        e.description());
+    }
 }
 
 }  // namespace hist::frame

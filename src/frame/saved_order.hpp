@@ -15,7 +15,8 @@ using SavedOrderStep = std::function<void(RecordClass& cls, std::string& key)>;
 
 // Installs the step (an empty function removes it).
 void setSavedOrderStep(SavedOrderStep step);
-// Runs the installed step, if any.
+// Runs the installed step, if any. An error of the step keeps its number and source;
+// its description names the class's table and the view whose saved order failed.
 void applySavedOrder(RecordClass& cls, std::string& key);
 
 }  // namespace hist::frame
