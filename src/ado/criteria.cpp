@@ -18,6 +18,11 @@ namespace {
               std::string(whole));
 }
 
+// Parentheses nest at most this deep. The parser descends once per parenthesis, so
+// without a bound a long run of them (typed, or saved with SetFilter and read back in
+// every later session) would exhaust the stack; no real criterion comes near it.
+constexpr int kMaxNesting = 100;
+
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 struct Node {
@@ -64,8 +69,16 @@ public:
     Node parsePrimary() {
         skipBlanks();
         if (p_ < s_.size() && s_[p_] == '(') {
+            if (++depth_ > kMaxNesting) {
+                // The whole text would run to pages: its start is enough to know it.
+                constexpr std::size_t kShown = 40;
+                const std::string shown =
+                    s_.size() > kShown ? std::string(s_.substr(0, kShown)) + "..." : std::string(s_);
+                refuse(shown, "nests parentheses too deep (more than " + std::to_string(kMaxNesting) + " levels)");
+            }
             ++p_;
             Node n = parseOr();
+            --depth_;
             skipBlanks();
             if (p_ >= s_.size() || s_[p_] != ')') refuse(s_, "lacks a closing parenthesis");
             ++p_;
@@ -274,6 +287,7 @@ private:
 
     std::string_view s_;
     std::size_t p_ = 0;
+    int depth_ = 0;  // parentheses open at the current point
     const Criteria::Resolver& resolve_;
     const Criteria::TypeOf& typeOf_;
 };

@@ -22,27 +22,10 @@ namespace hist::host {
 
 namespace {
 
-struct DemoOptions {
-    std::optional<std::string> db, config;
-    std::size_t orders = 2000;
-    uint64_t seed = 1;
-};
-
-DemoOptions parse(const std::vector<std::string>& args) {
-    DemoOptions o;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        auto value = [&]() -> const std::string& {
-            if (i + 1 >= args.size()) raise(err::InvalidCall, err::SrcHost, a + " needs a value");
-            return args[++i];
-        };
-        if (a == "--db") o.db = value();
-        else if (a == "--config") o.config = value();
-        else if (a == "--orders") o.orders = std::stoul(value());
-        else if (a == "--seed") o.seed = std::stoull(value());
-        else raise(err::InvalidCall, err::SrcHost, "unknown option '" + a + "' (demo takes --db, --config, --orders, --seed)");
-    }
-    return o;
+bool holdsNoRows(const std::string& path) {
+    for (const sample::TableCount& t : sample::countRows(path))
+        if (t.rows > 0) return false;
+    return true;
 }
 
 // The newest document that has comments: its number and date, from its comment table.
@@ -111,9 +94,8 @@ void writeListing(std::ostream& out) {
 
 }  // namespace
 
-int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& out, std::ostream& err) {
+int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostream& err) {
     try {
-        DemoOptions o = parse(args);
         services::Config cfg = services::Config::load(o.config);
         services::Config::Overrides ov;
         ov.db = o.db;
@@ -131,9 +113,13 @@ int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& 
             });
         }
 
-        if (!std::filesystem::exists(path)) {
-            std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-            out << "Creating the sample archive " << path << " (" << o.orders << " work orders)...\n";
+        // A missing archive, or one without rows (as the host leaves it when it runs
+        // first), gets the sample; an archive with any row is shown as it is.
+        const bool missing = !std::filesystem::exists(path);
+        if (missing || holdsNoRows(path)) {
+            if (missing) std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+            out << (missing ? "Creating the sample archive " : "Filling the empty archive ") << path
+                << " with the sample (" << o.orders << " work orders)...\n";
             sample::Options so;
             so.orders = o.orders;
             so.seed = o.seed;

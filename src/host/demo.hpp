@@ -1,13 +1,23 @@
 #pragma once
-// `historicos demo`: the main job on the default archive. It creates the sample
-// archive when the file is missing, shows what it holds, and reads the comments of
+// `historicos demo`: the main job on the default archive. It fills the archive
+// with the sample when the file is missing or holds no rows, shows what it holds, and reads the comments of
 // the newest documents through the record classes, as a form would.
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <string>
-#include <vector>
 
 namespace hist::host {
 
-int demoCommand(const std::vector<std::string>& args, bool trace, std::ostream& out, std::ostream& err);
+struct DemoOptions {
+    std::optional<std::string> db;      // --db PATH; unset: the configuration's archive
+    std::optional<std::string> config;  // --config FILE
+    std::size_t orders = 2000;          // --orders N: size of the sample when one is made
+    uint64_t seed = 1;                  // --seed S
+};
+
+// Returns the exit code: 0 done, 1 the work failed.
+int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostream& err);
 
 }  // namespace hist::host

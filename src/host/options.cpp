@@ -16,40 +16,6 @@ namespace {
 [[noreturn]] void bad(const std::string& what) { raise(err::InvalidCall, err::SrcHost, what); }
 }  // namespace
 
-HostOptions parseHostOptions(const std::vector<std::string>& args) {
-    HostOptions o;
-    struct Opt {
-        const char* name;
-        std::optional<std::string> HostOptions::*field;
-    };
-    static const Opt valued[] = {
-        {"--db", &HostOptions::db},         {"--config", &HostOptions::config},
-        {"--locale", &HostOptions::locale}, {"--now", &HostOptions::now},
-        {"--user", &HostOptions::user},     {"--app-path", &HostOptions::appPath},
-        {"--work-dir", &HostOptions::workDir}, {"--settings-dir", &HostOptions::settingsDir},
-    };
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "--trace") {
-            o.trace = true;
-            continue;
-        }
-        const auto eq = a.find('=');
-        const std::string name = a.substr(0, eq);
-        const Opt* found = nullptr;
-        for (const auto& v : valued)
-            if (name == v.name) found = &v;
-        if (!found) bad("unknown option \"" + a + "\"");
-        if (eq != std::string::npos) {
-            o.*(found->field) = a.substr(eq + 1);
-        } else {
-            if (i + 1 >= args.size()) bad("option " + name + " needs a value");
-            o.*(found->field) = args[++i];
-        }
-    }
-    return o;
-}
-
 void applyHostOptions(const HostOptions& o) {
     // The configuration, with the options over it.
     services::Config cfg = services::Config::load(o.config);

@@ -1,10 +1,10 @@
 #pragma once
-// The host's command-line options and what they set: regional settings, the clock,
+// The host command's options (read by the command-line parser, host/cli.cpp) and
+// what they set: regional settings, the clock,
 // the current user, the application object, the configuration's overrides and the
 // host environment (archive, configuration file, working folder, settings folder).
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace hist::host {
 
@@ -17,12 +17,8 @@ struct HostOptions {
     std::optional<std::string> appPath;      // --app-path DIR
     std::optional<std::string> workDir;      // --work-dir DIR
     std::optional<std::string> settingsDir;  // --settings-dir DIR
-    bool trace = false;                      // --trace
+    bool trace = false;                      // --trace (global)
 };
-
-// Reads `--name VALUE` and `--name=VALUE`; throws hist::Error 5 naming an unknown
-// option or a missing value.
-HostOptions parseHostOptions(const std::vector<std::string>& args);
 
 // Puts the options in force: reads the configuration (--config, else the default
 // location) with the options as overrides and installs it; sets the regional settings,

@@ -531,6 +531,10 @@ void Writer::run() {
 }  // namespace
 
 Result generate(const std::string& dbPath, const Options& opt) {
+    if (opt.orders > kMaxOrders)
+        throw Error(err::InvalidCall, kSource,
+                    "A sample has at most " + std::to_string(kMaxOrders) + " work orders (asked for " +
+                        std::to_string(opt.orders) + ")");
     const auto started = std::chrono::steady_clock::now();
     const bool existed = std::filesystem::exists(dbPath);
     {

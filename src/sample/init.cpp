@@ -1,7 +1,6 @@
 // `historicos init` and the archive summary.
 #include <sqlite3.h>
 
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <ostream>
@@ -59,21 +58,6 @@ void newest(Db& db, std::ostream& out, const char* title, const char* table, int
     sqlite3_finalize(s);
 }
 
-bool parseCount(const std::string& s, unsigned long long& v) {
-    const char* end = s.data() + s.size();
-    auto [p, ec] = std::from_chars(s.data(), end, v);
-    return ec == std::errc() && p == end;
-}
-
-void usage(std::ostream& os) {
-    os << "usage: historicos init [--db PATH] [--force] [--sample [--orders N] [--seed S]]\n"
-          "  --db PATH    the archive file (default archivo.db)\n"
-          "  --force      replace an archive that already holds rows\n"
-          "  --sample     fill it with a sample history of the laboratory\n"
-          "  --orders N   work orders of the sample (default 2000; about 4.5 lines each)\n"
-          "  --seed S     seed of the sample (default 1); the same seed gives the same archive\n";
-}
-
 // True when the file holds rows in any catalog table, or is not an archive at all.
 bool holdsRows(const std::string& path) {
     std::error_code ec;
@@ -104,46 +88,10 @@ void summary(const std::string& dbPath, std::ostream& out) {
     newest(db, out, "Newest invoices", "HFacturas", 5);
 }
 
-int initCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    std::string db = "archivo.db";
-    bool force = false, sample = false;
-    Options opt;
-    std::size_t k = (!args.empty() && args[0] == "init") ? 1 : 0;
-    for (; k < args.size(); ++k) {
-        const std::string& a = args[k];
-        auto value = [&](std::string& v) {
-            if (k + 1 >= args.size()) return false;
-            v = args[++k];
-            return true;
-        };
-        std::string v;
-        unsigned long long n = 0;
-        if (a == "--db") {
-            if (!value(db) || db.empty()) {
-                err << "historicos init: --db needs a path\n";
-                return 2;
-            }
-        } else if (a == "--force") {
-            force = true;
-        } else if (a == "--sample") {
-            sample = true;
-        } else if (a == "--orders" || a == "--seed") {
-            if (!value(v) || !parseCount(v, n) || (a == "--orders" && n == 0)) {
-                err << "historicos init: " << a << " needs a whole number" << (a == "--orders" ? " above 0" : "")
-                    << "\n";
-                return 2;
-            }
-            if (a == "--orders") opt.orders = static_cast<std::size_t>(n);
-            else opt.seed = n;
-        } else if (a == "--help" || a == "-h") {
-            usage(out);
-            return 0;
-        } else {
-            err << "historicos init: unknown option '" << a << "'\n";
-            usage(err);
-            return 2;
-        }
-    }
+int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
+    const std::string& db = o.db;
+    const bool force = o.force, sample = o.sample;
+    Options opt = o.generation;
 
     try {
         if (holdsRows(db)) {

@@ -23,6 +23,12 @@ struct Options {
     std::function<void(std::size_t done, std::size_t total)> progress;
 };
 
+// The most work orders a sample may have. The generator plans the whole history in
+// memory before it writes a row, and numbers series C up from 25001 in 32 bits: five
+// million orders (about 22 million order lines, 23 times the million-line sample)
+// stays well inside both; far more only ends in an allocation failure.
+inline constexpr std::size_t kMaxOrders = 5'000'000;
+
 // Facturado codes the sample writes, and what Doc_F names with each.
 inline constexpr int kNotTaken = 0;         // Doc_F 0
 inline constexpr int kTakenByNote = 3;      // Doc_F: a delivery note (HAlbaranes.Numero)
@@ -46,7 +52,7 @@ struct Result {
 
 // Fills the archive at dbPath with a sample history. The file is created with the
 // catalog's tables when missing; an existing archive must have empty document
-// tables. Throws hist::Error on failure.
+// tables, and `orders` at most kMaxOrders. Throws hist::Error on failure.
 Result generate(const std::string& dbPath, const Options& opt);
 
 // Rows per catalog table of the archive at dbPath (in catalog order).
@@ -55,8 +61,16 @@ std::vector<TableCount> countRows(const std::string& dbPath);
 // Counts per table and the newest work orders and invoices with their totals.
 void summary(const std::string& dbPath, std::ostream& out);
 
-// `historicos init [--db PATH] [--force] [--sample [--orders N] [--seed S]]`.
-// Returns the process exit code (0 done, 1 failure, 2 bad usage).
-int initCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+// `historicos init`, its options as the command line gave them.
+struct InitOptions {
+    std::string db{};    // the archive file
+    bool force = false;  // replace an archive that already holds rows
+    bool sample = false; // fill it with the sample
+    Options generation{};  // orders and seed of the sample
+};
+
+// Creates (and with `sample` fills) the archive. Returns the process exit code (0 done,
+// 1 failure).
+int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err);
 
 }  // namespace hist::sample

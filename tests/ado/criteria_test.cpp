@@ -102,6 +102,20 @@ TEST(Filter, GrammarAcceptsAndRefuses) {
     runFilterTable(table);
 }
 
+// Parentheses nest up to 100 deep; deeper text is refused with 3001 (before the bound
+// a run of 10,000 of them overflowed the stack), and the description stays short.
+TEST(Filter, NestingIsBoundedAndTooDeepIsRefused) {
+    const auto nested = [](int depth) {
+        return std::string(static_cast<std::size_t>(depth), '(') + "Id = 2" + std::string(static_cast<std::size_t>(depth), ')');
+    };
+    runFilterTable({{nested(100).c_str(), 1, 0}, {nested(101).c_str(), -1, err::BadArgument}});
+    auto rs = people();
+    std::string description;
+    EXPECT_EQ(errorOf([&] { rs->SetFilter(Variant(nested(10000))); }, &description), err::BadArgument);
+    EXPECT_NE(description.find("too deep"), std::string::npos) << description;
+    EXPECT_LT(description.size(), 300u);
+}
+
 TEST(Filter, DatesAndNumbersFollowTheRegionalSettings) {
     RegionalScope us(Regional::enUS());
     runFilterTable({

@@ -1,21 +1,29 @@
 // The main job, in-process: on a missing archive it creates the sample, shows its
 // contents and reads comments through the comment classes; on a second run it uses
-// the archive as it stands.
+// the archive as it stands. Every command finds the same default archive, and the main
+// job fills one that holds no rows.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
 #include "frame/services/config.hpp"
+#include "cli_run.hpp"
 #include "host/demo.hpp"
 
 namespace hist {
 namespace {
 
 namespace fs = std::filesystem;
+
+host::DemoOptions demoOn(const std::string& db, std::size_t orders = 2000) {
+    host::DemoOptions o;
+    o.db = db;
+    o.orders = orders;
+    return o;
+}
 
 // A temporary folder that is also the user's data folder, where the main job writes
 // its listing, for as long as the test runs.
@@ -40,7 +48,7 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     TempDir dir;
     const std::string db = (dir.path / "sub" / "archivo.db").string();
     std::ostringstream out, err;
-    ASSERT_EQ(host::demoCommand({"--db", db, "--orders", "300"}, true, out, err), 0) << err.str();
+    ASSERT_EQ(host::demoCommand(demoOn(db, 300), true, out, err), 0) << err.str();
     const std::string text = out.str();
     EXPECT_TRUE(fs::exists(db));
     EXPECT_NE(text.find("Creating the sample archive " + db), std::string::npos) << text;
@@ -71,8 +79,8 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
 
     // A second run reuses the archive.
     std::ostringstream out2, err2;
-    ASSERT_EQ(host::demoCommand({"--db", db}, false, out2, err2), 0) << err2.str();
-    EXPECT_EQ(out2.str().find("Creating the sample archive"), std::string::npos);
+    ASSERT_EQ(host::demoCommand(demoOn(db), false, out2, err2), 0) << err2.str();
+    EXPECT_EQ(out2.str().find("sample ("), std::string::npos);
     EXPECT_TRUE(err2.str().empty()) << err2.str();
 }
 
@@ -100,7 +108,7 @@ TEST(Demo, ListingRendersInAHeadlessBrowser) {
     if (!fs::exists(browser)) GTEST_SKIP() << "no " << browser << " (scripts/install-deps installs it)";
     TempDir dir;
     std::ostringstream out, err;
-    ASSERT_EQ(host::demoCommand({"--db", (dir.path / "archivo.db").string(), "--orders", "300"}, false, out, err), 0)
+    ASSERT_EQ(host::demoCommand(demoOn((dir.path / "archivo.db").string(), 300), false, out, err), 0)
         << err.str();
 
     const std::string text = out.str();
@@ -125,12 +133,28 @@ TEST(Demo, ListingRendersInAHeadlessBrowser) {
     EXPECT_NE(dom.find(std::to_string(rows) + " registros. - "), std::string::npos);
 }
 
-TEST(Demo, BadOptionsAreOneClearLine) {
-    std::ostringstream out, err;
-    EXPECT_EQ(host::demoCommand({"--frobnicate"}, false, out, err), 1);
-    const std::string message = err.str();
-    EXPECT_NE(message.find("unknown option '--frobnicate'"), std::string::npos) << message;
-    EXPECT_EQ(std::count(message.begin(), message.end(), '\n'), 1) << message;
+// init without --db, the host and demo all use the configuration's archive; an
+// archive left without rows (as init or a first host run leaves it) is filled by demo.
+TEST(Demo, EveryCommandUsesTheOneDefaultArchiveAndDemoFillsAnEmptyOne) {
+    TempDir dir;
+    const fs::path archive = dir.path / "historicos" / "archivo.db";
+    const test::CliRun init = test::runCommandLine({"init"});
+    ASSERT_EQ(init.code, 0) << init.err;
+    EXPECT_NE(init.out.find("Created " + archive.string()), std::string::npos) << init.out;
+    ASSERT_TRUE(fs::exists(archive));
+
+    const test::CliRun demo = test::runCommandLine({"demo", "--orders", "120"});
+    ASSERT_EQ(demo.code, 0) << demo.err;
+    EXPECT_NE(demo.out.find("Filling the empty archive " + archive.string()), std::string::npos) << demo.out;
+    EXPECT_NE(demo.out.find("Newest invoices:\n  "), std::string::npos);
+    EXPECT_EQ(demo.out.find("Newest invoices:\n  (none)"), std::string::npos) << demo.out;
+
+    // The host, on its own default, reads what demo wrote.
+    const test::CliRun host =
+        test::runCommandLine({"host", "--work-dir", dir.path.string(), "--app-path", (dir.path / "app").string()},
+                             R"({"id":1,"query":"SELECT Count(*) AS n FROM HOrdenes"})" "\n");
+    EXPECT_EQ(host.code, 0) << host.err;
+    EXPECT_NE(host.out.find("[[120]]"), std::string::npos) << host.out;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The host in-process. The protocol: value encodings both ways, by-reference
-// arguments, events and statements of a call, property writes. The options: how they
-// are read and what they put in force.
+// arguments, events and statements of a call, property writes. The options: what they put
+// in force (how the command line reads them is the command-line test's).
 #include "host/session.hpp"
 
 #include <gtest/gtest.h>
@@ -243,31 +243,6 @@ TEST_F(SessionTest, OutOfRangeAndNestedInputIsRefusedAndTheSessionGoesOn) {
 
 // ------------------------------------------------------------ the host's options
 
-
-TEST(HostOptionsTest, ReadsBothSpellingsAndRefusesTheRest) {
-    host::HostOptions o = host::parseHostOptions(
-        {"--db", "/tmp/a.db", "--locale=en-US", "--now", "2026-11-22T10:30:00", "--user=ana", "--trace",
-         "--app-path", "/opt/app", "--work-dir=/w", "--settings-dir", "/s", "--config", "/c.json"});
-    EXPECT_EQ(o.db, "/tmp/a.db");
-    EXPECT_EQ(o.locale, "en-US");
-    EXPECT_EQ(o.now, "2026-11-22T10:30:00");
-    EXPECT_EQ(o.user, "ana");
-    EXPECT_EQ(o.appPath, "/opt/app");
-    EXPECT_EQ(o.workDir, "/w");
-    EXPECT_EQ(o.settingsDir, "/s");
-    EXPECT_EQ(o.config, "/c.json");
-    EXPECT_TRUE(o.trace);
-
-    for (const auto& bad : std::vector<std::vector<std::string>>{{"--colour", "red"}, {"--db"}, {"db", "x"}}) {
-        try {
-            host::parseHostOptions(bad);
-            ADD_FAILURE() << bad[0] << " was accepted";
-        } catch (const Error& e) {
-            EXPECT_EQ(e.number(), err::InvalidCall);
-            EXPECT_NE(e.description().find(bad[0]), std::string::npos) << e.description();
-        }
-    }
-}
 
 TEST(HostOptionsTest, ApplyingPutsThemInForce) {
     const auto home = std::filesystem::temp_directory_path() / ("historicos-options-" + std::to_string(getpid()));

@@ -457,6 +457,19 @@ TEST(SampleGenerate, RefusesAnArchiveThatAlreadyHoldsDocuments) {
     EXPECT_EQ(Query(a).scalar("SELECT COUNT(*) FROM HOrdenes"), 30);
 }
 
+TEST(SampleGenerate, RefusesMoreOrdersThanItCanPlanBeforeTouchingTheFile) {
+    const std::string path = (tempDir() / "huge.db").string();
+    hs::Options opt;
+    opt.orders = hs::kMaxOrders + 1;
+    try {
+        hs::generate(path, opt);
+        FAIL() << "a sample past the bound was accepted";
+    } catch (const hist::Error& e) {
+        EXPECT_NE(e.description().find("at most 5000000 work orders"), std::string::npos) << e.description();
+    }
+    EXPECT_FALSE(fs::exists(path));
+}
+
 TEST(SampleGenerate, ReportsProgressUpToTheTotal) {
     const std::string path = (tempDir() / "progress.db").string();
     hs::Options opt;
@@ -473,33 +486,35 @@ TEST(SampleGenerate, ReportsProgressUpToTheTotal) {
 }
 
 struct InitCase {
-    std::vector<std::string> args;
+    hs::InitOptions options;
     int code;
     const char* outHas;
     const char* errHas;
 };
 
-TEST(SampleInit, CommandLine) {
+// What init does with the file; the command line's own refusals are the host's tests.
+TEST(SampleInit, CreatesFillsAndRefusesToOverwrite) {
     const std::string db = (tempDir() / "init.db").string(), other = (tempDir() / "notes.txt").string();
     const std::string notes = "lista de la compra: escayola, cera, silicona";
     fs::remove(db);
     std::ofstream(other) << notes << "\n";
+    const auto sample = [](std::size_t orders, uint64_t seed) {
+        hs::Options o;
+        o.orders = orders;
+        o.seed = seed;
+        return o;
+    };
     const InitCase cases[] = {
-        {{"init", "--db", db}, 0, "Created", ""},
-        {{"init", "--db", db, "--sample", "--orders", "40", "--seed", "3"}, 0, "Filled", ""},
-        {{"init", "--db", db, "--sample", "--orders", "40"}, 1, "", "use --force"},
-        {{"init", "--db", db, "--force", "--sample", "--orders", "50", "--seed", "3"}, 0, "HOrdenes", ""},
-        {{"init", "--db", db, "--orders", "x"}, 2, "", "whole number"},
-        {{"init", "--db", db, "--orders", "0"}, 2, "", "above 0"},
-        {{"init", "--bogus"}, 2, "", "unknown option '--bogus'"},
-        {{"init", "--db"}, 2, "", "needs a path"},
-        {{"init", "--db", other, "--sample"}, 1, "", "use --force"},  // not an archive: not overwritten either
+        {{db}, 0, "Created", ""},
+        {{db, false, true, sample(40, 3)}, 0, "Filled", ""},
+        {{db, false, true, sample(40, 1)}, 1, "", "use --force"},
+        {{db, true, true, sample(50, 3)}, 0, "HOrdenes", ""},
+        {{other, false, true, sample(40, 1)}, 1, "", "use --force"},  // not an archive: not overwritten either
     };
     for (const InitCase& c : cases) {
         std::ostringstream out, err;
-        std::string line;
-        for (const auto& a : c.args) line += a + " ";
-        EXPECT_EQ(hs::initCommand(c.args, out, err), c.code) << line << "\n" << err.str();
+        const std::string line = c.options.db + (c.options.force ? " force" : "") + (c.options.sample ? " sample" : "");
+        EXPECT_EQ(hs::initCommand(c.options, out, err), c.code) << line << "\n" << err.str();
         EXPECT_NE(out.str().find(c.outHas), std::string::npos) << line << "\n" << out.str();
         EXPECT_NE(err.str().find(c.errHas), std::string::npos) << line << "\n" << err.str();
     }

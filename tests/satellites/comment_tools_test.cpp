@@ -438,15 +438,18 @@ TEST_F(CommentTools, EachClassAsksItsOwnPermissionGroup) {
         {&albaranes, "Albaranes_Clientes"},
         {&facturas, "Facturas"},
     };
+    const auto rights = [](services::RightsOptions::Verb verb, const char* group) {
+        std::ostringstream out, err;
+        return services::rightsCommand({.verb = verb, .user = "ana", .group = group, .action = "Borrar"}, out, err);
+    };
     for (const auto& refused : cases) {
         SCOPED_TRACE(refused.group);
-        std::ostringstream out, err;
-        ASSERT_EQ(services::rightsCommand({"deny", "ana", refused.group, "Borrar"}, out, err), 0);
+        ASSERT_EQ(rights(services::RightsOptions::Verb::Deny, refused.group), 0);
         for (const auto& c : cases) {
             std::string action = "Borrar";
             EXPECT_EQ(tools::seguridadPermiso(*c.cls, action), c.cls != refused.cls) << c.group;
         }
-        ASSERT_EQ(services::rightsCommand({"allow", "ana", refused.group, "Borrar"}, out, err), 0);
+        ASSERT_EQ(rights(services::RightsOptions::Verb::Allow, refused.group), 0);
     }
 }
 

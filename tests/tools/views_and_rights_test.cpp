@@ -216,6 +216,32 @@ TEST_F(SavedViews, TheOrderIsRestoredWhereTheClassSaysSo) {
     EXPECT_EQ(stored(none.viewKey("ninguno"), "IndexOrderField"), "<none>");
 }
 
+TEST_F(SavedViews, ADamagedSavedOrderFailsTheOpeningNamingTheFormAndView) {
+    struct Case {
+        const char* index;
+        const char* mode;
+        long number;
+    };
+    const Case cases[] = {
+        {"99", "", 3265},           // past the last field
+        {"1", " SIDEWAYS", 3265},   // a direction the recordset refuses
+        {"tres", "", 13},           // no number at all
+    };
+    for (const Case& c : cases) {
+        services::ClsClaveRegistro store;
+        store.AbrirClave(kTodos);
+        Variant index("IndexOrderField"), mode("Mode");
+        std::string indexValue = c.index, modeValue = c.mode;
+        store.EscribirValor(index, indexValue);
+        store.EscribirValor(mode, modeValue);
+        frame::RecordClass cls{kRestoring};
+        std::string description;
+        EXPECT_EQ(errorOf([&] { open(cls, "todos"); }, &description), c.number) << c.index << c.mode;
+        EXPECT_NE(description.find("saved order of HOrdenes_Comentarios (view \"todos\")"), std::string::npos)
+            << description;
+    }
+}
+
 // ------------------------------------------------------------ permissions
 
 
@@ -234,9 +260,10 @@ const frame::ClassVariants kSinGrupo = inGroup("ClsPruebaSinGrupo", "Recibos", "
 
 class Permissions : public test::ToolsFixture {
 protected:
-    static int rights(std::vector<std::string> args) {
+    using Verb = services::RightsOptions::Verb;
+    static int rights(Verb verb, std::string user, std::string group, std::string action) {
         std::ostringstream out, err;
-        return services::rightsCommand(args, out, err);
+        return services::rightsCommand({.verb = verb, .user = user, .group = group, .action = action}, out, err);
     }
     static bool allowed(frame::RecordClass& cls, std::string action) { return tools::seguridadPermiso(cls, action); }
 };
@@ -254,7 +281,7 @@ TEST_F(Permissions, TheGroupKeyHoldsSeguridadTwice) {
 TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded) {
     frame::RecordClass ventas{kVentas}, recibos{kRecibos}, ordenes{kOrdenes}, sinGrupo{kSinGrupo};
     EXPECT_TRUE(allowed(ventas, "Borrar"));
-    ASSERT_EQ(rights({"deny", "ana", "Facturas", "Borrar"}), 0);
+    ASSERT_EQ(rights(Verb::Deny, "ana", "Facturas", "Borrar"), 0);
 
     // Classes of one group answer alike; another group or action is untouched.
     EXPECT_FALSE(allowed(ventas, "Borrar"));
@@ -262,7 +289,7 @@ TEST_F(Permissions, ARefusalIsReportedForItsGroupAndActionOnlyAndAGroupIsNeeded)
     EXPECT_TRUE(allowed(ventas, "Modificar"));
     EXPECT_TRUE(allowed(ordenes, "Borrar"));
 
-    ASSERT_EQ(rights({"allow", "ana", "Facturas", "Borrar"}), 0);
+    ASSERT_EQ(rights(Verb::Allow, "ana", "Facturas", "Borrar"), 0);
     EXPECT_TRUE(allowed(ventas, "Borrar"));
 
     EXPECT_EQ(test::errorOf([&] { allowed(sinGrupo, "Borrar"); }), 5);

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,8 +60,17 @@ public:
 };
 
 // `historicos rights deny|allow USER GROUP ACTION` and `historicos rights list [USER]`,
-// with `--config FILE` and `--settings-dir DIR` before the command. Returns the exit
-// status: 0 done, 1 failure, 2 wrong usage.
-int rightsCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+// as the command line gave them.
+struct RightsOptions {
+    enum class Verb { Deny, Allow, List } verb = Verb::List;
+    std::string user{};    // List: empty for every user
+    std::string group{};   // a permission group as the classes name it (one name)
+    std::string action{};
+    std::optional<std::string> config{};       // --config FILE: the application identity
+    std::optional<std::string> settingsDir{};  // --settings-dir DIR
+};
+
+// Returns the exit status: 0 done, 1 failure.
+int rightsCommand(const RightsOptions& o, std::ostream& out, std::ostream& err);
 
 }  // namespace hist::services

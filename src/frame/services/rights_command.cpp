@@ -13,15 +13,6 @@ namespace hist::services {
 
 namespace {
 
-const char* kUsage =
-    "usage: historicos rights [--config FILE] [--settings-dir DIR] deny|allow USER GROUP ACTION\n"
-    "       historicos rights [--config FILE] [--settings-dir DIR] list [USER]\n";
-
-int usage(std::ostream& err, const std::string& problem) {
-    err << "historicos rights: " << problem << "\n" << kUsage;
-    return 2;
-}
-
 // The group of a key under the application's groups, or the whole key.
 std::string shownGroup(const std::string& path, const std::string& prefix) {
     if (path.size() > prefix.size() && foldKey(path.substr(0, prefix.size())) == foldKey(prefix)) {
@@ -34,42 +25,25 @@ std::string shownGroup(const std::string& path, const std::string& prefix) {
 
 }  // namespace
 
-int rightsCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    std::optional<std::string> configFile, settingsDir;
-    size_t i = 0;
-    for (; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "--config" || a == "--settings-dir") {
-            if (i + 1 >= args.size()) return usage(err, a + " needs a value");
-            (a == "--config" ? configFile : settingsDir) = args[++i];
-        } else if (a.rfind("--", 0) == 0) {
-            return usage(err, "unknown option " + a);
-        } else {
-            break;
-        }
-    }
-    if (i >= args.size()) return usage(err, "say deny, allow or list");
-    const std::string verb = args[i];
-    std::vector<std::string> rest(args.begin() + static_cast<std::ptrdiff_t>(i) + 1, args.end());
-
+int rightsCommand(const RightsOptions& o, std::ostream& out, std::ostream& err) {
     try {
-        Config c = configFile || !Configuration::installed() ? Config::load(configFile) : *Configuration::current();
-        if (settingsDir) {
-            Config::Overrides o;
-            o.settingsDir = settingsDir;
-            c.apply(o);
+        Config c = o.config || !Configuration::installed() ? Config::load(o.config) : *Configuration::current();
+        if (o.settingsDir) {
+            Config::Overrides ov;
+            ov.settingsDir = o.settingsDir;
+            c.apply(ov);
         }
         RightsStore store(c.resolvedSettingsDir());
 
-        if (verb == "deny" || verb == "allow") {
-            if (rest.size() != 3) return usage(err, verb + " takes USER GROUP ACTION");
-            const std::string &user = rest[0], &group = rest[1], &action = rest[2];
-            if (user.empty() || group.empty() || action.empty())
-                return usage(err, "USER, GROUP and ACTION must not be empty");
-            if (group.find('\\') != std::string::npos)
-                return usage(err, "GROUP is one name, without backslashes (for example Facturas)");
+        if (o.verb != RightsOptions::Verb::List) {
+            const std::string &user = o.user, &group = o.group, &action = o.action;
+            // The command line refuses these before the work starts; a C++ caller that
+            // passes them fails here rather than writing a key of several levels.
+            if (user.empty() || group.empty() || action.empty() || group.find('\\') != std::string::npos)
+                throw Error(err::InvalidCall, "ClsSeguridadUsuario",
+                            "USER, GROUP and ACTION must not be empty, and GROUP is one name without backslashes");
             std::string key = groupKey(c.app, group);
-            if (verb == "deny") {
+            if (o.verb == RightsOptions::Verb::Deny) {
                 bool changed = store.deny(user, key, action);
                 out << (changed ? "refused: " : "already refused: ") << user << " " << group << " " << action
                     << "\n";
@@ -80,17 +54,13 @@ int rightsCommand(const std::vector<std::string>& args, std::ostream& out, std::
             }
             return 0;
         }
-        if (verb == "list") {
-            if (rest.size() > 1) return usage(err, "list takes at most a USER");
-            std::string prefix = ClsSeguridadUsuario().GetRutaSeguridad(securityKey(c.app)) + "Seguridad\\";
-            std::string only = rest.empty() ? std::string() : foldKey(rest[0]);
-            for (const auto& e : store.list()) {
-                if (!only.empty() && foldKey(e.user) != only) continue;
-                out << e.user << "\t" << shownGroup(e.path, prefix) << "\t" << e.action << "\n";
-            }
-            return 0;
+        std::string prefix = ClsSeguridadUsuario().GetRutaSeguridad(securityKey(c.app)) + "Seguridad\\";
+        std::string only = foldKey(o.user);
+        for (const auto& e : store.list()) {
+            if (!only.empty() && foldKey(e.user) != only) continue;
+            out << e.user << "\t" << shownGroup(e.path, prefix) << "\t" << e.action << "\n";
         }
-        return usage(err, "unknown command " + verb + " (say deny, allow or list)");
+        return 0;
     } catch (const Error& e) {
         err << "historicos rights: " << e.description() << "\n";
         return 1;
