@@ -3,11 +3,6 @@
 #include "platform/error.hpp"
 
 namespace hist::ado {
-namespace {
-// The provider's answer to a commit or rollback with no transaction begun.
-constexpr long kNoTransaction = -2147168242;
-}  // namespace
-
 Connection::~Connection() {
     // A connection dropped inside a transaction gives its work up, as the engine would.
     if (session_) {
@@ -47,13 +42,13 @@ int Connection::BeginTrans() { return openSession(err::ObjectClosed).begin(); }
 
 void Connection::CommitTrans() {
     backend::Session& s = openSession(err::ObjectClosed);
-    if (s.depth() == 0) raise(kNoTransaction, err::SrcConnection, "No transaction is active.");
+    if (s.depth() == 0) raise(err::NoTransaction, err::SrcConnection, "No transaction is active.");
     s.commit();
 }
 
 void Connection::RollbackTrans() {
     backend::Session& s = openSession(err::ObjectClosed);
-    if (s.depth() == 0) raise(kNoTransaction, err::SrcConnection, "No transaction is active.");
+    if (s.depth() == 0) raise(err::NoTransaction, err::SrcConnection, "No transaction is active.");
     s.rollback();
 }
 

@@ -67,8 +67,6 @@ inline std::string quoteName(std::string_view name) {
     return out + "\"";
 }
 
-// The provider's failures of a write-back.
-constexpr long kProviderFailure = -2147467259;
 
 }  // namespace detail
 }  // namespace hist::ado

@@ -20,7 +20,7 @@ using namespace detail;
 namespace {
 
 [[noreturn]] void insufficient(const std::string& field) {
-    raise(kProviderFailure, err::SrcRecordset,
+    raise(err::ProviderFailure, err::SrcRecordset,
           "Insufficient base table information for updating or refreshing. Field: " + field);
 }
 

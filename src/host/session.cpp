@@ -12,7 +12,6 @@
 namespace hist::host {
 
 namespace {
-constexpr long InternalError = 51;
 
 std::string dump(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
@@ -91,7 +90,7 @@ std::optional<std::string> Session::handle(std::string_view line) {
     } catch (const Error& e) {
         answer["error"] = errorJson(e.number(), e.source(), e.description());
     } catch (const std::exception& e) {
-        answer["error"] = errorJson(InternalError, err::SrcHost, std::string("Internal error: ") + e.what());
+        answer["error"] = errorJson(err::InternalError, err::SrcHost, std::string("Internal error: ") + e.what());
     }
     return dump(answer);
 }

@@ -83,8 +83,6 @@
 namespace hist {
 
 namespace err {
-inline constexpr long WrongArgumentCount = 450;
-inline constexpr long CannotCreateObject = 429;
 inline constexpr const char* WrongArgumentCountText =
     "Wrong number of arguments or invalid property assignment";
 }  // namespace err

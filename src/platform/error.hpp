@@ -34,7 +34,14 @@ inline constexpr long InvalidUseOfNull = 94;
 inline constexpr long ObjectRequired = 424;
 inline constexpr long NoSuchMember = 438;
 inline constexpr long ArgumentNotOptional = 449;
+inline constexpr long CannotCreateObject = 429;
+inline constexpr long WrongArgumentCount = 450;
 inline constexpr long DuplicateKey = 457;
+inline constexpr long InternalError = 51;
+inline constexpr long DeviceIo = 57;
+inline constexpr long DiskFull = 61;
+inline constexpr long PathFileAccess = 75;
+inline constexpr long PathNotFound = 76;
 
 // Data-layer error numbers (low word of the control-facility HRESULT).
 inline constexpr long BadArgument = 3001;
@@ -56,7 +63,11 @@ inline constexpr long SqlTypeMismatch = -2147217913;
 inline constexpr long SqlNoTable = -2147217865;
 inline constexpr long SqlPermission = -2147217911;
 inline constexpr long SqlRowConflict = -2147217864;
-inline constexpr long SqlLocked = -2147467259;
+inline constexpr long SqlNoValue = -2147217904;
+// The provider's general failure: the archive locked, a duplicate key, a write-back
+// without base table information.
+inline constexpr long ProviderFailure = -2147467259;
+inline constexpr long NoTransaction = -2147168242;
 
 // Sources.
 inline constexpr const char* SrcRuntime = "historicos.runtime";

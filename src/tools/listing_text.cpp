@@ -34,12 +34,6 @@ char ansiOf(UChar32 c) {
     return '?';
 }
 
-// Runtime errors of file output.
-constexpr long kDeviceIo = 57;
-constexpr long kDiskFull = 61;
-constexpr long kPathFileAccess = 75;
-constexpr long kPathNotFound = 76;
-
 }  // namespace
 
 void appendAnsi(std::string& out, std::string_view utf8) {
@@ -69,7 +63,7 @@ OutputFile::OutputFile(const std::string& path, const std::string& source) : sou
     fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd_ < 0) {
         const int e = errno;
-        raise(e == ENOENT || e == ENOTDIR ? kPathNotFound : kPathFileAccess, source_,
+        raise(e == ENOENT || e == ENOTDIR ? err::PathNotFound : err::PathFileAccess, source_,
               std::string(e == ENOENT || e == ENOTDIR ? "Path not found" : "Path/File access error") + " (" +
                   path + ")");
     }
@@ -102,7 +96,7 @@ void OutputFile::flush() {
             if (errno == EINTR) continue;
             const int e = errno;
             buf_.erase(0, done);
-            raise(e == ENOSPC ? kDiskFull : kDeviceIo, source_,
+            raise(e == ENOSPC ? err::DiskFull : err::DeviceIo, source_,
                   e == ENOSPC ? "Disk full" : "Device I/O error");
         }
         done += static_cast<std::size_t>(w);
@@ -114,7 +108,7 @@ void OutputFile::close() {
     flush();
     const int fd = fd_;
     fd_ = -1;
-    if (::close(fd) != 0) raise(kDeviceIo, source_, "Device I/O error");
+    if (::close(fd) != 0) raise(err::DeviceIo, source_, "Device I/O error");
 }
 
 }  // namespace hist::tools::listing

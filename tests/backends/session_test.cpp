@@ -148,7 +148,7 @@ TEST_F(SqliteSession, ASecondSessionOpensAndReadsBesideAWriterButCannotWrite) {
     EXPECT_TRUE(run(*two, "SELECT Codigo FROM Articulos").rows.empty());
     std::string desc;
     EXPECT_EQ(errorNumber([&] { two->execute("INSERT INTO Articulos (Codigo) VALUES ('B')"); }, &desc),
-              err::SqlLocked);
+              err::ProviderFailure);
     EXPECT_EQ(desc, "Could not update; currently locked.");
     s->commit();
     two->execute("INSERT INTO Articulos (Codigo) VALUES ('B')");

@@ -381,7 +381,7 @@ private:
                         "Permission denied: " + (denial_.empty() ? msg : denial_) + ".");
         }
         if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
-            throw Error(err::SqlLocked, err::SrcSql, "Could not update; currently locked.");
+            throw Error(err::ProviderFailure, err::SrcSql, "Could not update; currently locked.");
         if (msg.starts_with("no such table: ")) {
             std::string name = msg.substr(15);
             if (name.starts_with("main.")) name = name.substr(5);
