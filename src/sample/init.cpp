@@ -85,7 +85,7 @@ enum class Target {
 
 struct Found {
     Target target = Target::Free;
-    std::string why;  // for NotArchive: what it is, or what failed reading it
+    std::string why;  // for NotArchive: what it is, or what failed reading it, naming the file
 };
 
 Found inspect(const std::string& path) {
@@ -93,8 +93,8 @@ Found inspect(const std::string& path) {
     std::error_code ec;
     const fs::file_status st = fs::status(path, ec);
     if (!fs::exists(st)) return {};
-    if (fs::is_directory(st)) return {Target::NotArchive, "it is a folder"};
-    if (!fs::is_regular_file(st)) return {Target::NotArchive, "it is not a regular file"};
+    if (fs::is_directory(st)) return {Target::NotArchive, path + " is a folder, not an archive"};
+    if (!fs::is_regular_file(st)) return {Target::NotArchive, path + " is not a regular file"};
     if (fs::file_size(path, ec) == 0 && !ec) return {};
     try {
         backend::DataSource ds;
@@ -105,7 +105,9 @@ Found inspect(const std::string& path) {
             if (t.rows > 0) return {Target::ArchiveWithRows, ""};
         return {Target::EmptyArchive, ""};
     } catch (const Error& e) {
-        return {Target::NotArchive, e.description()};
+        std::string why = e.description();
+        if (!why.empty() && why.back() == '.') why.pop_back();
+        return {Target::NotArchive, why};
     }
 }
 
@@ -199,8 +201,8 @@ int initCommand(const std::vector<std::string>& args, std::ostream& out, std::os
     try {
         const Found found = inspect(db);
         if (found.target == Target::NotArchive) {
-            err << "historicos init: " << db << " is not an archive (" << found.why
-                << "); init replaces only an archive: remove it or name another file\n";
+            err << "historicos init: " << found.why
+                << "; init replaces only an archive: remove it or name another file\n";
             return 1;
         }
         if (found.target == Target::ArchiveWithRows && !force) {
