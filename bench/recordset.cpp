@@ -173,10 +173,11 @@ int main(int argc, char** argv) {
         std::string tmpl = (std::filesystem::temp_directory_path() / "hist-bench-XXXXXX").string();
         dir = mkdtemp(tmpl.data());
         ds.path = (dir / "archivo.db").string();
+        hist::backend::createArchive(ds);
     }
 
     auto cn = std::make_shared<hist::ado::Connection>();
-    cn->Open(ds);  // creates the archive with the catalog's tables when it is new
+    cn->Open(ds);
 
     sqlite3* db = nullptr;
     check(sqlite3_open(ds.path.c_str(), &db), db, "open");

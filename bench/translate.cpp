@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
     std::string dir = mkdtemp(tmpl.data());
     hist::backend::DataSource ds;
     ds.path = dir + "/archivo.db";
-    auto s = hist::backend::openSession(ds);
+    auto s = hist::backend::createArchive(ds);
 
     // 2,000 orders with 5 lines each, 2,000 delivery notes.
     s->begin();

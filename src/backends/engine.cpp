@@ -6,9 +6,22 @@
 
 namespace hist::backend {
 
-std::unique_ptr<Session> openSession(const DataSource& ds) {
-    if (ds.kind.empty() || sql::sameName(ds.kind, "sqlite")) return sqlite::open(ds);
+namespace {
+
+[[noreturn]] void noProvider() {
     throw Error(3706, err::SrcConnection, "Provider cannot be found. It may not be properly installed.");
+}
+
+}  // namespace
+
+std::unique_ptr<Session> openSession(const DataSource& ds) {
+    if (ds.kind.empty() || sql::sameName(ds.kind, "sqlite")) return sqlite::open(ds, sqlite::OpenMode::Existing);
+    noProvider();
+}
+
+std::unique_ptr<Session> createArchive(const DataSource& ds) {
+    if (ds.kind.empty() || sql::sameName(ds.kind, "sqlite")) return sqlite::open(ds, sqlite::OpenMode::Create);
+    noProvider();
 }
 
 }  // namespace hist::backend

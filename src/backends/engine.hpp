@@ -93,10 +93,20 @@ struct DataSource {
     std::string kind = "sqlite";  // backend name
     std::string path;             // the archive file
     int busyTimeoutMs = 2000;
+    int statementTimeoutMs = 30000;  // a statement running longer is interrupted; 0: no limit
 };
 
-// Opens a session on a data source (creating the archive with the catalog's tables
-// when the file does not exist). Throws hist::Error on failure.
+// Opens a session on an existing archive. A missing file, a folder, and a file that
+// is not an archive (none of the catalog's tables) are refused with an error that
+// names the file; such a file is left as it was. An archive that lacks some newer
+// catalog tables gains them. A file or folder this process may not write opens
+// read-only: reads work, and a write fails naming the file as read-only.
+// Throws hist::Error on failure.
 std::unique_ptr<Session> openSession(const DataSource& ds);
+
+// Creates the catalog's tables in a new file, an empty file (no bytes, or a database
+// with no objects), or an archive (which gains the tables it lacks), and opens a
+// session on it. Any other file is refused, unchanged.
+std::unique_ptr<Session> createArchive(const DataSource& ds);
 
 }  // namespace hist::backend

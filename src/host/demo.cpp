@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "ado/recordset.hpp"
+#include "backends/engine.hpp"
 #include "frame/services/config.hpp"
 #include "frame/services/data_service.hpp"
 #include "frame/services/helpers.hpp"
@@ -125,6 +126,8 @@ int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostrea
             so.seed = o.seed;
             sample::generate(path, so);
         }
+        // An existing file must be an archive: refused here, by name, before anything reads it.
+        backend::openSession(cfg.dataSource(4));
         sample::summary(path, out);
 
         // Each document kind's comment class, opened on its newest commented document.

@@ -14,6 +14,20 @@ namespace hist::host {
 
 namespace {
 [[noreturn]] void bad(const std::string& what) { raise(err::InvalidCall, err::SrcHost, what); }
+
+// The host starts on a new user's empty data folder, and `--db` may name a file to be
+// made, so a missing or empty archive file is created with the catalog's tables. Any
+// other file must already be an archive: one that is not is refused here, naming it,
+// before the first request, and is left unchanged.
+void openHostArchive(const std::string& path, const services::Config& cfg) {
+    std::error_code ec;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
+    backend::DataSource ds;
+    ds.path = path;
+    ds.busyTimeoutMs = cfg.busyTimeoutMs;
+    ds.statementTimeoutMs = cfg.statementTimeoutMs;
+    backend::createArchive(ds);
+}
 }  // namespace
 
 void applyHostOptions(const HostOptions& o) {
@@ -57,15 +71,7 @@ void applyHostOptions(const HostOptions& o) {
         if (ec) bad("cannot create the folder " + dir + ": " + ec.message());
     }
 
-    // The archive is created with the catalog's tables when it does not exist yet.
-    if (!std::filesystem::exists(env.dbPath)) {
-        std::error_code ec;
-        std::filesystem::create_directories(std::filesystem::path(env.dbPath).parent_path(), ec);
-        backend::DataSource ds;
-        ds.path = env.dbPath;
-        ds.busyTimeoutMs = cfg.busyTimeoutMs;
-        backend::openSession(ds);
-    }
+    openHostArchive(env.dbPath, cfg);
 
     services::Configuration::install(std::move(cfg));
 }

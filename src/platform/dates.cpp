@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/clock.hpp"
+#include "platform/error.hpp"
 #include "platform/runtime_detail.hpp"
 
 namespace hist::rt {
@@ -175,13 +176,12 @@ DateParts splitDate(double serial) {
 }
 
 std::string isoText(double serial) {
+    // Only dates the runtime holds (years 100 to 9999) have a stored form; anything
+    // else fails as CDate does, before a statement or a row carries it.
+    if (!serialInRange(serial)) raise(err::Overflow, err::SrcRuntime);
     const DateParts p = splitDate(serial);
-    char buf[48];
-    if (p.year < 0 || p.year > 9999) {
-        std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                      p.minute, p.second);
-        return buf;
-    }
+    if (p.year > 9999) raise(err::Overflow, err::SrcRuntime);  // the last half second rounds up
+    char buf[20];
     // Written digit by digit: dates go into every statement and row, and the
     // formatted print costs several times more.
     auto two = [](char* at, int v) {

@@ -23,6 +23,7 @@ double timeSerial(int hour, int minute, int second);
 // magnitude, as the runtime reads it. Seconds are rounded to the nearest.
 DateParts splitDate(double serial);
 // "YYYY-MM-DD HH:MM:SS" (the stored form of the archive; time-only values on 1899-12-30).
+// A serial outside years 100 to 9999 raises Overflow (6).
 std::string isoText(double serial);
 // Reads "YYYY-MM-DD", "YYYY-MM-DD HH:MM[:SS]", "YYYY-MM-DDTHH:MM[:SS]" or "HH:MM[:SS]".
 std::optional<double> parseIso(std::string_view text);

@@ -14,7 +14,7 @@ inline constexpr const char* kSource = "historicos.sample";
 
 class Db {
 public:
-    explicit Db(const std::string& path) {
+    explicit Db(const std::string& path) : path_(path) {
         if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
             std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
             sqlite3_close(db_);
@@ -34,7 +34,7 @@ public:
         if (sqlite3_exec(db_, text.c_str(), nullptr, nullptr, &msg) != SQLITE_OK) {
             std::string m = msg ? msg : "unknown failure";
             sqlite3_free(msg);
-            throw hist::Error(err::InvalidCall, kSource, m + " in " + text);
+            throw hist::Error(err::InvalidCall, kSource, path_ + ": " + m + " in " + text);
         }
     }
     std::string pragma(const std::string& name) {
@@ -52,14 +52,18 @@ public:
         if (sqlite3_prepare_v2(db_, ("SELECT COUNT(*) FROM " + table).c_str(), -1, &s, nullptr) != SQLITE_OK) {
             std::string m = sqlite3_errmsg(db_);
             sqlite3_finalize(s);
-            throw hist::Error(err::InvalidCall, kSource, m);
+            throw hist::Error(err::InvalidCall, kSource, path_ + ": " + m);
         }
-        if (sqlite3_step(s) == SQLITE_ROW) n = sqlite3_column_int64(s, 0);
+        const int rc = sqlite3_step(s);
+        if (rc == SQLITE_ROW) n = sqlite3_column_int64(s, 0);
+        const std::string m = rc == SQLITE_ROW ? "" : sqlite3_errmsg(db_);
         sqlite3_finalize(s);
+        if (rc != SQLITE_ROW) throw hist::Error(err::InvalidCall, kSource, path_ + ": " + m);
         return n;
     }
 
 private:
+    std::string path_;
     sqlite3* db_ = nullptr;
 };
 

@@ -538,10 +538,11 @@ Result generate(const std::string& dbPath, const Options& opt) {
     const auto started = std::chrono::steady_clock::now();
     const bool existed = std::filesystem::exists(dbPath);
     {
-        // Creates the archive with the catalog's tables when it is missing.
+        // Creates the catalog's tables in a new or empty file; refuses any other file
+        // that is not an archive.
         backend::DataSource ds;
         ds.path = dbPath;
-        backend::openSession(ds);
+        backend::createArchive(ds);
     }
     try {
         Db db(dbPath);

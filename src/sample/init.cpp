@@ -1,5 +1,6 @@
 // `historicos init` and the archive summary.
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -58,18 +59,69 @@ void newest(Db& db, std::ostream& out, const char* title, const char* table, int
     sqlite3_finalize(s);
 }
 
-// True when the file holds rows in any catalog table, or is not an archive at all.
-bool holdsRows(const std::string& path) {
+// What lies at the path init is to write.
+enum class Target {
+    Free,             // no file, or an empty one
+    EmptyArchive,     // an archive without rows
+    ArchiveWithRows,  // replaced only with --force
+    NotArchive,       // never replaced: a folder, another program's file, a damaged archive
+};
+
+struct Found {
+    Target target = Target::Free;
+    std::string why;  // for NotArchive: what it is, or what failed reading it, naming the file
+};
+
+Found inspect(const std::string& path) {
+    namespace fs = std::filesystem;
     std::error_code ec;
-    if (!std::filesystem::exists(path, ec)) return false;
-    if (std::filesystem::file_size(path, ec) == 0 && !ec) return false;
+    const fs::file_status st = fs::status(path, ec);
+    if (!fs::exists(st)) return {};
+    if (fs::is_directory(st)) return {Target::NotArchive, path + " is a folder, not an archive"};
+    if (!fs::is_regular_file(st)) return {Target::NotArchive, path + " is not a regular file"};
+    if (fs::file_size(path, ec) == 0 && !ec) return {};
     try {
+        backend::DataSource ds;
+        ds.path = path;
+        backend::openSession(ds);  // refuses a file without the catalog's tables
+        // Counting walks every table, so a truncated or damaged archive fails here.
         for (const TableCount& t : countRows(path))
-            if (t.rows > 0) return true;
-        return false;
-    } catch (const Error&) {
-        return true;
+            if (t.rows > 0) return {Target::ArchiveWithRows, ""};
+        return {Target::EmptyArchive, ""};
+    } catch (const Error& e) {
+        std::string why = e.description();
+        if (!why.empty() && why.back() == '.') why.pop_back();
+        return {Target::NotArchive, why};
     }
+}
+
+// The file the new archive is built in, beside the one it is to become.
+std::string scratchBeside(const std::string& path) { return path + ".new-" + std::to_string(::getpid()); }
+
+void removeArchiveFiles(const std::string& path) {
+    std::error_code ec;
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) std::filesystem::remove(path + suffix, ec);
+}
+
+// Folds the archive's write-ahead log into its main file and drops the log, so that
+// the main file alone is the whole archive and no stale log is left to meet a new file.
+void settle(const std::string& path) {
+    try {
+        Db db(path);
+        db.exec("PRAGMA journal_mode=DELETE");
+    } catch (const Error& e) {
+        throw Error(e.number(), e.source(), path + ": " + e.description());
+    }
+}
+
+// Moves the finished archive over `path` in one rename: until then the old file is
+// whole, and after it the new one is.
+void putInPlace(const std::string& built, const std::string& path, bool replacing) {
+    settle(built);
+    if (replacing) settle(path);
+    std::error_code ec;
+    std::filesystem::rename(built, path, ec);
+    if (ec) throw Error(err::InvalidCall, detail::kSource, "Cannot put " + built + " in place of " + path + ": " + ec.message());
 }
 
 }  // namespace
@@ -93,21 +145,27 @@ int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
     const bool force = o.force, sample = o.sample;
     Options opt = o.generation;
 
+    std::string built;
     try {
-        if (holdsRows(db)) {
-            if (!force) {
-                err << "historicos init: " << db << " already holds an archive with rows; "
-                    << "use --force to replace it\n";
-                return 1;
-            }
-            std::error_code ec;
-            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-                std::filesystem::remove(db + suffix, ec);
+        const Found found = inspect(db);
+        if (found.target == Target::NotArchive) {
+            err << "historicos init: " << found.why
+                << "; init replaces only an archive: remove it or name another file\n";
+            return 1;
         }
+        if (found.target == Target::ArchiveWithRows && !force) {
+            err << "historicos init: " << db << " already holds an archive with rows; "
+                << "use --force to replace it\n";
+            return 1;
+        }
+        const bool replacing = found.target != Target::Free;
+        built = scratchBeside(db);
+        removeArchiveFiles(built);
         if (!sample) {
             backend::DataSource ds;
-            ds.path = db;
-            backend::openSession(ds);
+            ds.path = built;
+            backend::createArchive(ds);
+            putInPlace(built, db, replacing);
             out << "Created " << db << " with the catalog's tables.\n";
             summary(db, out);
             return 0;
@@ -121,7 +179,8 @@ int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
                 while (nextReport <= done) nextReport += step;
             }
         };
-        const Result r = generate(db, opt);
+        const Result r = generate(built, opt);
+        putInPlace(built, db, replacing);
         char secs[32];
         std::snprintf(secs, sizeof secs, "%.1f", r.seconds);
         out << "Filled " << db << " with a sample history (" << opt.orders << " work orders, seed " << opt.seed
@@ -129,9 +188,11 @@ int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
         summary(db, out);
         return 0;
     } catch (const Error& e) {
+        if (!built.empty()) removeArchiveFiles(built);
         err << "historicos init: " << e.description() << "\n";
         return 1;
     } catch (const std::exception& e) {
+        if (!built.empty()) removeArchiveFiles(built);
         err << "historicos init: " << e.what() << "\n";
         return 1;
     }

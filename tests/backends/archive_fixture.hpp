@@ -16,18 +16,22 @@
 
 namespace hist::testing {
 
+// A folder of its own holding archivo.db, made with the catalog's tables unless
+// `create` is false.
 class TempArchive {
 public:
-    TempArchive() {
+    explicit TempArchive(bool create = true) {
         std::string tmpl = (std::filesystem::temp_directory_path() / "histarch-XXXXXX").string();
         dir_ = mkdtemp(tmpl.data());
         path_ = (std::filesystem::path(dir_) / "archivo.db").string();
+        if (create) backend::createArchive(source());
     }
     ~TempArchive() {
         std::error_code ec;
         std::filesystem::remove_all(dir_, ec);
     }
     const std::string& path() const { return path_; }
+    const std::string& dir() const { return dir_; }
     backend::DataSource source(int busyMs = 2000) const {
         backend::DataSource ds;
         ds.path = path_;

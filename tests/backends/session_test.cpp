@@ -59,6 +59,18 @@ TEST_F(SqliteSession, DefaultsAndStoredFormsOfBoundValues) {
     const Variant bad[] = {Variant("no es un número")};
     const FieldType real[] = {FieldType::Double};
     EXPECT_EQ(errorNumber([&] { s->execute("UPDATE HOrdenes SET Base = ?", bad, real); }), err::SqlTypeMismatch);
+    // A date outside years 100..9999, as a number or as a date, overflows and the row keeps its value.
+    for (const Variant& far : {Variant(1e300), Variant::date(-1e7)}) {
+        const Variant one[] = {far};
+        const FieldType date[] = {FieldType::Date};
+        try {
+            s->execute("UPDATE HOrdenes SET Fecha_Entrega = ?", one, date);
+            ADD_FAILURE() << "no error";
+        } catch (const Error& e) {
+            EXPECT_EQ(e.number(), err::Overflow);
+        }
+    }
+    EXPECT_EQ(rows("SELECT Fecha_Entrega FROM HOrdenes"), (Rows{{"2003-02-01 00:00:00", "1"}}));
 }
 
 // A column's metadata in one line: name, base table.column, type/precision/size, and

@@ -69,6 +69,7 @@ TEST(ServicesConfig, ReadsEveryItem) {
         "archive": "~/datos/arch.db",
         "dataSources": {"1": {"path": "/srv/otro.db", "busyTimeout": 500}, "7": {"kind": "sqlite"}},
         "busyTimeout": 4000,
+        "statementTimeout": 250,
         "regional": "en-us",
         "formatoMoneda": "#,##0.000",
         "formatoDivisa": "0.00",
@@ -94,6 +95,7 @@ TEST(ServicesConfig, ReadsEveryItem) {
     EXPECT_EQ(c.dataSource(1).busyTimeoutMs, 500);
     EXPECT_EQ(c.dataSource(4).path, c.archivePath());  // untouched default
     EXPECT_EQ(c.dataSource(4).busyTimeoutMs, 4000);
+    EXPECT_EQ(c.dataSource(1).statementTimeoutMs, 250);
     EXPECT_EQ(c.dataSource(7).path, c.archivePath());
 }
 
@@ -135,6 +137,7 @@ TEST(ServicesConfig, BadInputNamesFileKeyAndExpectation) {
     const Case cases[] = {
         {R"({"busyTimeout": "2000"})", {"/etc/historicos.json", "\"busyTimeout\"", "whole number", "found a text"}},
         {R"({"busyTimeout": -1})", {"\"busyTimeout\"", "from 0 to 600000", "-1"}},
+        {R"({"statementTimeout": 3600001})", {"\"statementTimeout\"", "from 0 to 3600000"}},
         {R"({"bFechaServidor": 1})", {"\"bFechaServidor\"", "true or false"}},
         {R"({"regional": "fr-FR"})", {"\"regional\"", "\"es-ES\" or \"en-US\"", "fr-FR"}},
         {R"({"formatoMoneda": ""})", {"\"formatoMoneda\"", "not empty"}},

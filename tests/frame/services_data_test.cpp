@@ -25,6 +25,7 @@ protected:
         c.archive = (dir / "archivo.db").string();
         c.reportDir = "/srv/informes";
         c.documentDir = "/srv/documentos";
+        backend::createArchive(c.dataSource(4));
         Configuration::install(c);
     }
     void TearDown() override { Configuration::reset(); }
@@ -207,6 +208,27 @@ TEST_F(ServicesData, DateLiteralsAreAlwaysIso) {
     ASSERT_EQ(rs->RecordCount(), 1);
     EXPECT_EQ(rt::CDate(rs->value("Fecha")), rt::dateSerial(2026, 11, 22));
     EXPECT_EQ(rt::CDate(rs->value("Hora")), rt::timeSerial(10, 30, 0));
+
+    // A number far outside the runtime's dates overflows, in a statement and in a
+    // recordset's field alike, and the stored date stays as it was.
+    EXPECT_EQ(raised([&] { exec("UPDATE HOrdenes_Fases SET Fecha = 1e300"); }).number(), err::Overflow);
+    EXPECT_EQ(raised([&] { exec("INSERT INTO HOrdenes_Fases (ID, Codigo, Fecha) VALUES (2, 5, -1e300)"); }).number(),
+              err::Overflow);
+    EXPECT_NE(raised([&] { rs->setValue("Fecha", Variant(1e300)); }).number(), 0);  // refused as a wrong value
+    EXPECT_EQ(raised([&] { svc.FechaSql(4, Variant(1e300)); }).number(), err::Overflow);
+    RsPtr after = open("SELECT Fecha FROM HOrdenes_Fases");
+    ASSERT_EQ(after->RecordCount(), 1);
+    EXPECT_EQ(after->value("Fecha"), Variant::date(rt::dateSerial(2026, 11, 22)));
+}
+
+TEST_F(ServicesData, AMissingArchiveIsNamedNotCreated) {
+    Config c = *Configuration::current();
+    const std::string missing = (dir / "otro" / "nuevo.db").string();
+    c.dataSources[1].path = missing;
+    Configuration::install(c);
+    Error e = raised([&] { svc.GetConexion(1, nullptr, 0); });
+    EXPECT_THAT(e.description(), HasSubstr("'" + missing + "'"));
+    EXPECT_FALSE(std::filesystem::exists(missing));
 }
 
 TEST_F(ServicesData, PathsConnectionTextsAndTheDateSwitch) {

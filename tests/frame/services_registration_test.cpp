@@ -27,6 +27,7 @@ protected:
         Config c = Config::defaults(test::envOf({{"HOME", dir.str()}}));
         c.archive = (dir / "archivo.db").string();
         c.settingsDir = dir.str();
+        backend::createArchive(c.dataSource(4));
         Configuration::install(c);
     }
     void TearDown() override { Configuration::reset(); }

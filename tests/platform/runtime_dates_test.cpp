@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 
 #include "platform/clock.hpp"
 #include "platform/runtime.hpp"
@@ -76,6 +77,12 @@ TEST(RuntimeDates, IsoTextBothWays) {
         ASSERT_TRUE(back.has_value());
         EXPECT_EQ(isoText(*back), isoText(s));
     }
+    // The stored form covers the runtime's years 100 to 9999; past them it overflows as CDate does.
+    EXPECT_EQ(isoText(-657434), "0100-01-01 00:00:00");
+    EXPECT_EQ(isoText(2958465 + hms(23, 59, 59)), "9999-12-31 23:59:59");
+    for (double s : {1e300, -1e300, 2958466.0, -657435.0, 2958465 + hms(23, 59, 59) + 0.9 / 86400,
+                     std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(errorOf([&] { isoText(s); }), err::Overflow) << s;
 }
 
 struct DateCase {

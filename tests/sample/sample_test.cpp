@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -373,7 +374,7 @@ TEST(SampleInserter, RefusesWhatTheCatalogDoesNotHave) {
     {
         hist::backend::DataSource ds;
         ds.path = path;
-        hist::backend::openSession(ds);
+        hist::backend::createArchive(ds);
     }
     hs::detail::Db db(path);
     struct Case {
@@ -509,7 +510,7 @@ TEST(SampleInit, CreatesFillsAndRefusesToOverwrite) {
         {{db, false, true, sample(40, 3)}, 0, "Filled", ""},
         {{db, false, true, sample(40, 1)}, 1, "", "use --force"},
         {{db, true, true, sample(50, 3)}, 0, "HOrdenes", ""},
-        {{other, false, true, sample(40, 1)}, 1, "", "use --force"},  // not an archive: not overwritten either
+        {{other, false, true, sample(40, 1)}, 1, "", "replaces only an archive"},  // not an archive: never overwritten
     };
     for (const InitCase& c : cases) {
         std::ostringstream out, err;
@@ -518,13 +519,66 @@ TEST(SampleInit, CreatesFillsAndRefusesToOverwrite) {
         EXPECT_NE(out.str().find(c.outHas), std::string::npos) << line << "\n" << out.str();
         EXPECT_NE(err.str().find(c.errHas), std::string::npos) << line << "\n" << err.str();
     }
-    // The forced run replaced the archive: 50 orders, not 40 + 50.
+    // The forced run replaced the archive: 50 orders, not 40 + 50, and left nothing beside it.
     EXPECT_EQ(Query(db).scalar("SELECT COUNT(*) FROM HOrdenes"), 50);
+    for (const auto& f : fs::directory_iterator(tempDir()))
+        EXPECT_EQ(f.path().filename().string().find("init.db."), std::string::npos) << f.path();
+}
 
-    std::ifstream back(other);
-    std::string firstLine;
-    std::getline(back, firstLine);
-    EXPECT_EQ(firstLine, notes);
+std::string bytesOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// init writes only over an archive: anything else is named and kept, with or without --force.
+TEST(SampleInit, NeverOverwritesWhatIsNotAnArchive) {
+    const fs::path dir = tempDir() / "not-archives";
+    fs::remove_all(dir);
+    fs::create_directories(dir / "carpeta.db");
+    std::ofstream(dir / "notas.txt") << "lista de la compra: escayola, cera, silicona\n";
+    const std::string whole = bytesOf(makeSample("to-truncate.db", 60, 2));
+    std::ofstream(dir / "cortado.db", std::ios::binary) << whole.substr(0, whole.size() / 2);
+    {
+        sqlite3* other = nullptr;
+        ASSERT_EQ(sqlite3_open((dir / "ajeno.db").c_str(), &other), SQLITE_OK);
+        sqlite3_exec(other, "CREATE TABLE notas (texto TEXT); INSERT INTO notas VALUES ('hornos')", nullptr, nullptr,
+                     nullptr);
+        sqlite3_close(other);
+    }
+    for (const char* name : {"carpeta.db", "notas.txt", "cortado.db", "ajeno.db"}) {
+        const std::string path = (dir / name).string();
+        const std::string before = fs::is_regular_file(path) ? bytesOf(path) : "";
+        for (bool force : {false, true}) {
+            hs::InitOptions o{.db = path, .force = force, .sample = true};
+            o.generation.orders = 20;
+            std::ostringstream out, err;
+            EXPECT_EQ(hs::initCommand(o, out, err), 1) << name;
+            EXPECT_NE(err.str().find(path), std::string::npos) << name << ": " << err.str();
+            EXPECT_NE(err.str().find("init replaces only an archive"), std::string::npos) << name << ": " << err.str();
+            EXPECT_EQ(err.str().find("--force"), std::string::npos) << name << ": " << err.str();
+            EXPECT_EQ(fs::is_regular_file(path) ? bytesOf(path) : "", before) << name;
+        }
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 4);  // no scratch file left
+}
+
+// A forced run that cannot finish keeps the old archive whole: here another
+// connection holds the old archive's write lock, so it cannot be replaced.
+TEST(SampleInit, AForcedRunThatFailsKeepsTheOldArchive) {
+    const std::string db = makeSample("kept.db", 30, 4);
+    sqlite3* holder = nullptr;
+    ASSERT_EQ(sqlite3_open(db.c_str(), &holder), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(holder, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    std::ostringstream out, err;
+    hs::InitOptions o{.db = db, .force = true, .sample = true};
+    o.generation.orders = 20;
+    EXPECT_EQ(hs::initCommand(o, out, err), 1);
+    EXPECT_NE(err.str().find(db), std::string::npos) << err.str();
+    sqlite3_exec(holder, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(holder);
+    EXPECT_EQ(Query(db).scalar("SELECT COUNT(*) FROM HOrdenes"), 30);
+    for (const auto& f : fs::directory_iterator(tempDir()))
+        EXPECT_EQ(f.path().filename().string().find("kept.db.new"), std::string::npos) << f.path();
 }
 
 TEST(SampleInit, SummaryShowsCountsAndNewestDocuments) {

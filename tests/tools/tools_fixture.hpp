@@ -76,6 +76,7 @@ protected:
         c.workDir = (dir_ / "trabajo").string();
         services::Configuration::install(c);
         Clock::set(rt::dateSerial(2026, 11, 22) + rt::timeSerial(10, 30, 0));
+        backend::createArchive(c.dataSource(4));
         setup_ = std::make_shared<ado::Connection>();
         setup_->Open(c.dataSource(4));
     }

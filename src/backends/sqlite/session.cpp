@@ -1,9 +1,12 @@
 #include "backends/sqlite/session.hpp"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,11 @@ namespace {
 // "No value given for one or more required parameters": a name the engine does not know.
 constexpr long kSqlNoValue = -2147217904;
 constexpr long kSqlFailed = -2147467259;
+constexpr long kSqlTimeout = -2147217871;
+
+// Virtual machine steps between two looks at the statement's deadline: a clock read
+// every few thousand steps costs nothing measurable.
+constexpr int kProgressSteps = 4096;
 
 const char* const kInvalidStatement =
     "Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
@@ -72,11 +80,55 @@ std::string placeOf(std::string_view sent) {
     return "query expression";
 }
 
+// The path as a file: URI, for the read-only open's parameters.
+std::string fileUri(const std::string& path) {
+    static const char hex[] = "0123456789ABCDEF";
+    std::string out = "file:";
+    for (unsigned char c : path) {
+        if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '/' || c == '.' ||
+            c == '-' || c == '_' || c == '~') {
+            out += static_cast<char>(c);
+        } else {
+            out += '%';
+            out += hex[c >> 4];
+            out += hex[c & 15];
+        }
+    }
+    return out;
+}
+
+bool mayWrite(const std::string& path) { return ::access(path.c_str(), W_OK) == 0; }
+
 class SqliteSession final : public Session {
 public:
-    explicit SqliteSession(const DataSource& ds) : path_(ds.path) {
-        int rc = sqlite3_open_v2(ds.path.c_str(), &db_,
-                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    SqliteSession(const DataSource& ds, OpenMode mode) : path_(ds.path), timeoutMs_(ds.statementTimeoutMs) {
+        namespace fs = std::filesystem;
+        std::error_code ec;
+        const fs::file_status st = fs::status(path_, ec);
+        if (fs::is_directory(st))
+            throw Error(kSqlFailed, err::SrcSql, "The archive '" + path_ + "' is a folder, not an archive file.");
+        const bool exists = fs::exists(st);
+        if (!exists && mode == OpenMode::Existing)
+            throw Error(kSqlFailed, err::SrcSql,
+                        "Could not find the archive file '" + path_ +
+                            "'; name an existing archive, or create one with historicos init.");
+        // A file or folder this process may not write is opened read-only, so it can still be read.
+        const std::string folder = fs::path(path_).has_parent_path() ? fs::path(path_).parent_path().string() : ".";
+        const bool folderWritable = mayWrite(folder);
+        readOnly_ = exists && (!mayWrite(path_) || !folderWritable);
+        std::string name = path_;
+        int flags = SQLITE_OPEN_NOMUTEX;
+        if (readOnly_) {
+            flags |= SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
+            name = fileUri(path_) + "?mode=ro";
+            // A reader of a WAL archive needs the shared-memory index beside it; where
+            // the folder cannot take one and no writer left a log, the file is read as
+            // it stands.
+            if (!folderWritable && !fs::exists(path_ + "-wal", ec)) name += "&immutable=1";
+        } else {
+            flags |= SQLITE_OPEN_READWRITE | (mode == OpenMode::Create ? SQLITE_OPEN_CREATE : 0);
+        }
+        int rc = sqlite3_open_v2(name.c_str(), &db_, flags, nullptr);
         if (rc != SQLITE_OK) {
             std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
             sqlite3_close(db_);
@@ -89,21 +141,24 @@ public:
         sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(db_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         sqlite3_limit(db_, SQLITE_LIMIT_ATTACHED, 0);
+        if (timeoutMs_ > 0) sqlite3_progress_handler(db_, kProgressSteps, &SqliteSession::progress, this);
         try {
             if (registerFunctions(db_) != SQLITE_OK) fail(SQLITE_ERROR, "");
-            internalExec("PRAGMA journal_mode=WAL");
+            // Nothing is written to a file before it is known to be an archive (or empty,
+            // when creating): another program's database keeps its tables and journal.
+            const SchemaSeen seen = readSchema();
+            const bool empty = seen.objects == 0;
+            if (seen.catalogTables == 0 && (mode == OpenMode::Existing || !empty))
+                throw Error(kSqlFailed, err::SrcSql,
+                            "The file '" + path_ + "' is not an archive (" +
+                                (empty ? std::string("it is empty") : std::string("it has none of the catalog's tables")) +
+                                "); name an archive file, or create one with historicos init.");
+            if (!readOnly_) internalExec("PRAGMA journal_mode=WAL");
             internalExec("PRAGMA foreign_keys=OFF");
-            createSchema();
-        } catch (const Error& e) {
-            // A file that is not a database is named, so the user knows what to fix.
-            const bool notArchive = (sqlite3_extended_errcode(db_) & 0xff) == SQLITE_NOTADB;
-            sqlite3_close(db_);
-            db_ = nullptr;
-            if (notArchive)
-                throw Error(e.number(), e.source(),
-                            "The file '" + ds.path + "' is not an archive (" + e.description() +
-                                "); name an archive file, or a new file to create one.");
-            throw;
+            // An archive made before a table joined the catalog gains it; a read-only one
+            // is read as it is.
+            if (seen.catalogTables < sql::catalog().tables().size() && (!readOnly_ || seen.catalogTables == 0))
+                createSchema();
         } catch (...) {
             sqlite3_close(db_);
             db_ = nullptr;
@@ -122,6 +177,7 @@ public:
     }
 
     void query(std::string_view sent, RowSink& sink) override {
+        Deadline deadline(*this);
         auto shape = sql::analyzeSelection(sent);
         std::string text(sent);
         std::vector<const sql::Table*> hidden;
@@ -243,6 +299,7 @@ public:
 
     long long execute(std::string_view sent, std::span<const Variant> params,
                       std::span<const FieldType> types) override {
+        Deadline deadline(*this);
         Stmt st = prepare(sent, StatementKind::Write);
         int expected = sqlite3_bind_parameter_count(st.s);
         if (static_cast<size_t>(expected) != params.size())
@@ -292,6 +349,30 @@ public:
     int depth() const override { return depth_; }
 
 private:
+    using SteadyClock = std::chrono::steady_clock;
+
+    // Arms the statement timeout for one call.
+    struct Deadline {
+        SqliteSession& s;
+        explicit Deadline(SqliteSession& session) : s(session) {
+            s.timedOut_ = false;
+            if (s.timeoutMs_ <= 0) return;
+            s.deadline_ = SteadyClock::now() + std::chrono::milliseconds(s.timeoutMs_);
+            s.timing_ = true;
+        }
+        ~Deadline() { s.timing_ = false; }
+        Deadline(const Deadline&) = delete;
+        Deadline& operator=(const Deadline&) = delete;
+    };
+
+    // The engine's progress callback: a non-zero answer interrupts the statement.
+    static int progress(void* self) {
+        auto* s = static_cast<SqliteSession*>(self);
+        if (!s->timing_ || SteadyClock::now() < s->deadline_) return 0;
+        s->timedOut_ = true;
+        return 1;
+    }
+
     struct Stmt {
         sqlite3_stmt* s = nullptr;
         Stmt() = default;
@@ -379,6 +460,27 @@ private:
             }
             throw Error(err::SqlPermission, err::SrcSql,
                         "Permission denied: " + (denial_.empty() ? msg : denial_) + ".");
+        }
+        switch (primary) {
+            case SQLITE_INTERRUPT:
+                if (!timedOut_) break;
+                // An interrupted write may have ended the transaction it ran in.
+                if (depth_ > 0 && sqlite3_get_autocommit(db_)) depth_ = 0;
+                throw Error(kSqlTimeout, err::SrcSql, "Query timeout expired");
+            case SQLITE_NOTADB:
+                throw Error(kSqlFailed, err::SrcSql, "The file '" + path_ + "' is not an archive (" + msg + ").");
+            case SQLITE_READONLY:
+                throw Error(kSqlFailed, err::SrcSql,
+                            "The archive '" + path_ + "' is read-only: it can be read but not changed (" + msg + ").");
+            case SQLITE_CORRUPT:
+            case SQLITE_IOERR:
+            case SQLITE_CANTOPEN:
+            case SQLITE_FULL:
+            case SQLITE_PERM:
+            case SQLITE_PROTOCOL:
+            case SQLITE_NOLFS:
+                throw Error(kSqlFailed, err::SrcSql, "The archive '" + path_ + "' cannot be used: " + msg + ".");
+            default: break;
         }
         if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
             throw Error(err::ProviderFailure, err::SrcSql, "Could not update; currently locked.");
@@ -486,28 +588,35 @@ private:
         if (depth_ == 0) throw Error(-2147168242, err::SrcSql, "No transaction is active.");
     }
 
-    // Counts the catalog's tables the archive already has, reading the schema only, so
-    // that opening a complete archive takes no write lock and never waits for another
-    // connection's transaction.
-    size_t tablesPresent() {
+    struct SchemaSeen {
+        size_t objects = 0;        // tables, indexes, views and triggers of any kind
+        size_t catalogTables = 0;  // tables the catalog names
+    };
+
+    // Reads the schema only, so that opening a complete archive takes no write lock
+    // and never waits for another connection's transaction.
+    SchemaSeen readSchema() {
         const auto& cat = sql::catalog();
         sqlite3_stmt* st = nullptr;
         internal_ = true;
-        int rc = sqlite3_prepare_v2(db_, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &st, nullptr);
-        size_t found = 0;
-        while (rc == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW) {
-            auto name = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
-            if (name && cat.table(name)) ++found;
+        int rc = sqlite3_prepare_v2(db_, "SELECT type, name FROM sqlite_master", -1, &st, nullptr);
+        SchemaSeen seen;
+        if (rc == SQLITE_OK) {
+            while ((rc = sqlite3_step(st)) == SQLITE_ROW) {
+                ++seen.objects;
+                auto type = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
+                auto name = reinterpret_cast<const char*>(sqlite3_column_text(st, 1));
+                if (type && name && std::strcmp(type, "table") == 0 && cat.table(name)) ++seen.catalogTables;
+            }
         }
         sqlite3_finalize(st);
         internal_ = false;
-        if (rc != SQLITE_OK) fail(rc, "SELECT name FROM sqlite_master");
-        return found;
+        if (rc != SQLITE_DONE) fail(rc, "SELECT type, name FROM sqlite_master");
+        return seen;
     }
 
     void createSchema() {
         const auto& cat = sql::catalog();
-        if (tablesPresent() == cat.tables().size()) return;
         std::string ddl = cat.ddl();
         // IF NOT EXISTS, so an archive made before a table joined the catalog gains it.
         std::string guarded;
@@ -538,6 +647,11 @@ private:
 
     sqlite3* db_ = nullptr;
     std::string path_;
+    bool readOnly_ = false;
+    int timeoutMs_ = 0;
+    bool timing_ = false;
+    bool timedOut_ = false;
+    SteadyClock::time_point deadline_{};
     int depth_ = 0;
     bool internal_ = true;
     StatementKind kind_ = StatementKind::Read;
@@ -547,6 +661,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Session> open(const DataSource& ds) { return std::make_unique<SqliteSession>(ds); }
+std::unique_ptr<Session> open(const DataSource& ds, OpenMode mode) {
+    return std::make_unique<SqliteSession>(ds, mode);
+}
 
 }  // namespace hist::backend::sqlite

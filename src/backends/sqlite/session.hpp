@@ -6,6 +6,10 @@
 
 namespace hist::backend::sqlite {
 
-std::unique_ptr<Session> open(const DataSource& ds);
+// Existing: an archive that is there (openSession); Create: the schema may be made
+// in a new or empty file (createArchive).
+enum class OpenMode { Existing, Create };
+
+std::unique_ptr<Session> open(const DataSource& ds, OpenMode mode);
 
 }  // namespace hist::backend::sqlite

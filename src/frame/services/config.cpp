@@ -97,7 +97,7 @@ public:
         if (!root.is_object()) fail(origin_ + ": the configuration must be a JSON object ({ ... }), found " +
                                     kindOf(root));
         static const char* known =
-            "application, archive, dataSources, busyTimeout, regional, formatoMoneda, formatoDivisa, "
+            "application, archive, dataSources, busyTimeout, statementTimeout, regional, formatoMoneda, formatoDivisa, "
             "workDir, reportDir, documentDir, settingsDir, bFechaServidor";
         for (const auto& [key, v] : root.items()) {
             if (key == "application") readApp(v, c.app);
@@ -105,6 +105,9 @@ public:
             else if (key == "dataSources") readSources(v, c);
             else if (key == "busyTimeout")
                 c.busyTimeoutMs = static_cast<int>(whole(key, v, 0, 600000, "a whole number of milliseconds from 0 to 600000"));
+            else if (key == "statementTimeout")
+                c.statementTimeoutMs = static_cast<int>(
+                    whole(key, v, 0, 3600000, "a whole number of milliseconds from 0 to 3600000"));
             else if (key == "regional") c.regional = regional(key, v);
             else if (key == "formatoMoneda") c.formatoMoneda = nonEmptyText(key, v);
             else if (key == "formatoDivisa") c.formatoDivisa = nonEmptyText(key, v);
@@ -230,6 +233,7 @@ backend::DataSource Config::dataSource(int iBase) const {
     ds.kind = it->second.kind;
     ds.path = it->second.path ? *it->second.path : archivePath();
     ds.busyTimeoutMs = it->second.busyTimeoutMs ? *it->second.busyTimeoutMs : busyTimeoutMs;
+    ds.statementTimeoutMs = statementTimeoutMs;
     return ds;
 }
 

@@ -48,6 +48,7 @@ struct Config {
     std::optional<std::string> archive;        // unset: <data folder>/archivo.db
     std::map<int, DataSourceConfig> dataSources{{1, {}}, {4, {}}};
     int busyTimeoutMs = 2000;
+    int statementTimeoutMs = 30000;            // 0: statements run without a time limit
     std::string regional = "es-ES";
     std::string formatoMoneda = "#,##0.00";    // mask for the main currency
     std::string formatoDivisa = "#,##0.00";    // mask for the second currency
