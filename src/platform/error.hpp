@@ -64,6 +64,7 @@ inline constexpr long SqlNoTable = -2147217865;
 inline constexpr long SqlPermission = -2147217911;
 inline constexpr long SqlRowConflict = -2147217864;
 inline constexpr long SqlNoValue = -2147217904;
+inline constexpr long SqlTimeout = -2147217871;
 // The provider's general failure: the archive locked, a duplicate key, a write-back
 // without base table information.
 inline constexpr long ProviderFailure = -2147467259;

@@ -20,11 +20,6 @@ namespace hist::backend::sqlite {
 
 namespace {
 
-// "No value given for one or more required parameters": a name the engine does not know.
-constexpr long kSqlNoValue = -2147217904;
-constexpr long kSqlFailed = -2147467259;
-constexpr long kSqlTimeout = -2147217871;
-
 // Virtual machine steps between two looks at the statement's deadline: a clock read
 // every few thousand steps costs nothing measurable.
 constexpr int kProgressSteps = 4096;
@@ -106,10 +101,10 @@ public:
         std::error_code ec;
         const fs::file_status st = fs::status(path_, ec);
         if (fs::is_directory(st))
-            throw Error(kSqlFailed, err::SrcSql, "The archive '" + path_ + "' is a folder, not an archive file.");
+            throw Error(err::ProviderFailure, err::SrcSql, "The archive '" + path_ + "' is a folder, not an archive file.");
         const bool exists = fs::exists(st);
         if (!exists && mode == OpenMode::Existing)
-            throw Error(kSqlFailed, err::SrcSql,
+            throw Error(err::ProviderFailure, err::SrcSql,
                         "Could not find the archive file '" + path_ +
                             "'; name an existing archive, or create one with historicos init.");
         // A file or folder this process may not write is opened read-only, so it can still be read.
@@ -133,7 +128,7 @@ public:
             std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
             sqlite3_close(db_);
             db_ = nullptr;
-            throw Error(kSqlFailed, err::SrcSql, "Could not open the archive '" + ds.path + "': " + msg + ".");
+            throw Error(err::ProviderFailure, err::SrcSql, "Could not open the archive '" + ds.path + "': " + msg + ".");
         }
         sqlite3_extended_result_codes(db_, 1);
         sqlite3_busy_timeout(db_, ds.busyTimeoutMs);
@@ -149,7 +144,7 @@ public:
             const SchemaSeen seen = readSchema();
             const bool empty = seen.objects == 0;
             if (seen.catalogTables == 0 && (mode == OpenMode::Existing || !empty))
-                throw Error(kSqlFailed, err::SrcSql,
+                throw Error(err::ProviderFailure, err::SrcSql,
                             "The file '" + path_ + "' is not an archive (" +
                                 (empty ? std::string("it is empty") : std::string("it has none of the catalog's tables")) +
                                 "); name an archive file, or create one with historicos init.");
@@ -303,7 +298,7 @@ public:
         Stmt st = prepare(sent, StatementKind::Write);
         int expected = sqlite3_bind_parameter_count(st.s);
         if (static_cast<size_t>(expected) != params.size())
-            throw Error(kSqlNoValue, err::SrcSql, "No value given for one or more required parameters.");
+            throw Error(err::SqlNoValue, err::SrcSql, "No value given for one or more required parameters.");
         for (size_t i = 0; i < params.size(); ++i)
             bind(st.s, static_cast<int>(i) + 1, params[i], i < types.size() ? types[i] : FieldType::Empty);
         int rc;
@@ -466,11 +461,11 @@ private:
                 if (!timedOut_) break;
                 // An interrupted write may have ended the transaction it ran in.
                 if (depth_ > 0 && sqlite3_get_autocommit(db_)) depth_ = 0;
-                throw Error(kSqlTimeout, err::SrcSql, "Query timeout expired");
+                throw Error(err::SqlTimeout, err::SrcSql, "Query timeout expired");
             case SQLITE_NOTADB:
-                throw Error(kSqlFailed, err::SrcSql, "The file '" + path_ + "' is not an archive (" + msg + ").");
+                throw Error(err::ProviderFailure, err::SrcSql, "The file '" + path_ + "' is not an archive (" + msg + ").");
             case SQLITE_READONLY:
-                throw Error(kSqlFailed, err::SrcSql,
+                throw Error(err::ProviderFailure, err::SrcSql,
                             "The archive '" + path_ + "' is read-only: it can be read but not changed (" + msg + ").");
             case SQLITE_CORRUPT:
             case SQLITE_IOERR:
@@ -479,7 +474,7 @@ private:
             case SQLITE_PERM:
             case SQLITE_PROTOCOL:
             case SQLITE_NOLFS:
-                throw Error(kSqlFailed, err::SrcSql, "The archive '" + path_ + "' cannot be used: " + msg + ".");
+                throw Error(err::ProviderFailure, err::SrcSql, "The archive '" + path_ + "' cannot be used: " + msg + ".");
             default: break;
         }
         if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
@@ -490,23 +485,23 @@ private:
             throw Error(err::SqlNoTable, err::SrcSql, "Cannot find the input table or query '" + name + "'.");
         }
         if (msg.starts_with("no such column: "))
-            throw Error(kSqlNoValue, err::SrcSql,
+            throw Error(err::SqlNoValue, err::SrcSql,
                         "No value given for one or more required parameters (unknown field '" + msg.substr(16) + "').");
         if (msg.find("values for") != std::string::npos || msg.find("values were supplied") != std::string::npos)
             throw Error(err::SqlSyntax, err::SrcSql, "Number of query values and destination fields are not the same.");
         if (rc == SQLITE_CONSTRAINT_UNIQUE || rc == SQLITE_CONSTRAINT_PRIMARYKEY)
-            throw Error(kSqlFailed, err::SrcSql,
+            throw Error(err::ProviderFailure, err::SrcSql,
                         "The changes you requested to the table were not successful because they would create "
                         "duplicate values in the index, primary key, or relationship.");
         if (rc == SQLITE_CONSTRAINT_NOTNULL)
-            throw Error(kSqlFailed, err::SrcSql, "Field cannot contain a Null value (" + msg + ").");
+            throw Error(err::ProviderFailure, err::SrcSql, "Field cannot contain a Null value (" + msg + ").");
         if (primary == SQLITE_MISMATCH || msg.find("Data type mismatch") != std::string::npos)
             throw Error(err::SqlTypeMismatch, err::SrcSql, "Data type mismatch in criteria expression.");
         if (primary == SQLITE_ERROR &&
             (msg.find("syntax error") != std::string::npos || msg.find("incomplete input") != std::string::npos ||
              msg.find("unrecognized token") != std::string::npos))
             throw Error(err::SqlSyntax, err::SrcSql, "Syntax error in " + placeOf(sent) + " (" + msg + ").");
-        throw Error(kSqlFailed, err::SrcSql, msg);
+        throw Error(err::ProviderFailure, err::SrcSql, msg);
     }
 
     void bind(sqlite3_stmt* st, int idx, const Variant& v, FieldType type) {
@@ -585,7 +580,7 @@ private:
     void transactionExec(const char* sqlText) { internalExec(sqlText); }
 
     void requireTransaction() const {
-        if (depth_ == 0) throw Error(-2147168242, err::SrcSql, "No transaction is active.");
+        if (depth_ == 0) throw Error(err::NoTransaction, err::SrcSql, "No transaction is active.");
     }
 
     struct SchemaSeen {
