@@ -2,6 +2,7 @@
 //
 // Numbers are rounded on their 15-significant-digit decimal text, half away from zero
 // (2.5 gives 3, 1.005 gives 1.01), which is not how CInt rounds.
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -9,6 +10,7 @@
 
 #include "platform/error.hpp"
 #include "platform/runtime_detail.hpp"
+#include "platform/text.hpp"
 
 namespace hist::rt {
 
@@ -84,42 +86,54 @@ std::string grouped(const std::string& digits, char mark) {
 
 // ---- Masks split into sections and items ----
 
+// One piece of a mask: quoted text ("...") and an escaped character (\x) are literals;
+// every other character is a mask character at its place.
+struct MaskPiece {
+    bool literal;
+    std::string_view text;  // the literal's text, or the one mask character
+    std::string_view raw;   // as written in the mask, quotes and backslash included
+    size_t pos;             // where the piece starts in the mask
+};
+
+// The one walk over a mask. f(piece) returns how many further characters of the mask
+// the piece used (a date token "dddd" or an exponent "E+00" reads on); literals use none.
+template <class F>
+void scanMask(std::string_view mask, F f) {
+    for (size_t i = 0; i < mask.size();) {
+        if (mask[i] == '"') {
+            const size_t j = mask.find('"', i + 1);
+            const size_t end = j == std::string_view::npos ? mask.size() : j;
+            const size_t next = std::min(end + 1, mask.size());
+            f(MaskPiece{true, mask.substr(i + 1, end - i - 1), mask.substr(i, next - i), i});
+            i = next;
+        } else if (mask[i] == '\\' && i + 1 < mask.size()) {
+            f(MaskPiece{true, mask.substr(i + 1, 1), mask.substr(i, 2), i});
+            i += 2;
+        } else {
+            const size_t used = f(MaskPiece{false, mask.substr(i, 1), mask.substr(i, 1), i});
+            i += 1 + used;
+        }
+    }
+}
+
+// Calls f(i, c) for every mask character.
+template <class F>
+void forUnquoted(std::string_view mask, F f) {
+    scanMask(mask, [&](const MaskPiece& p) -> size_t {
+        if (!p.literal) f(p.pos, p.text[0]);
+        return 0;
+    });
+}
+
 // Splits on ';' outside quotes and escapes.
 std::vector<std::string> sections(std::string_view mask) {
     std::vector<std::string> out(1);
-    for (size_t i = 0; i < mask.size(); ++i) {
-        const char c = mask[i];
-        if (c == '"') {
-            const size_t j = mask.find('"', i + 1);
-            const size_t end = j == std::string_view::npos ? mask.size() : j + 1;
-            out.back() += mask.substr(i, end - i);
-            i = end - 1;
-        } else if (c == '\\' && i + 1 < mask.size()) {
-            out.back() += mask.substr(i, 2);
-            ++i;
-        } else if (c == ';') {
-            out.emplace_back();
-        } else {
-            out.back() += c;
-        }
-    }
+    scanMask(mask, [&](const MaskPiece& p) -> size_t {
+        if (!p.literal && p.text[0] == ';') out.emplace_back();
+        else out.back() += p.raw;
+        return 0;
+    });
     return out;
-}
-
-// Calls f(i, c) for every character outside quotes and escapes.
-template <class F>
-void forUnquoted(std::string_view mask, F f) {
-    for (size_t i = 0; i < mask.size(); ++i) {
-        if (mask[i] == '"') {
-            const size_t j = mask.find('"', i + 1);
-            if (j == std::string_view::npos) return;
-            i = j;
-        } else if (mask[i] == '\\') {
-            ++i;
-        } else {
-            f(i, mask[i]);
-        }
-    }
 }
 
 bool isDateMask(std::string_view mask) {
@@ -154,19 +168,11 @@ bool isTextMask(std::string_view mask) {
 // The literal characters of a section, placeholders left out (a null section).
 std::string literalsOnly(std::string_view sec) {
     std::string out;
-    for (size_t i = 0; i < sec.size(); ++i) {
-        const char c = sec[i];
-        if (c == '"') {
-            const size_t j = sec.find('"', i + 1);
-            const size_t end = j == std::string_view::npos ? sec.size() : j;
-            out += sec.substr(i + 1, end - i - 1);
-            i = end;
-        } else if (c == '\\' && i + 1 < sec.size()) {
-            out += sec[++i];
-        } else if (c != '0' && c != '#' && c != '.' && c != ',' && c != '@' && c != '&') {
-            out += c;
-        }
-    }
+    scanMask(sec, [&](const MaskPiece& p) -> size_t {
+        const char c = p.text.empty() ? '\0' : p.text[0];
+        if (p.literal || (c != '0' && c != '#' && c != '.' && c != ',' && c != '@' && c != '&')) out += p.text;
+        return 0;
+    });
     return out;
 }
 
@@ -181,16 +187,14 @@ struct NumItem {
 std::vector<NumItem> parseNumeric(std::string_view sec) {
     std::vector<NumItem> items;
     bool point = false, exp = false;
-    for (size_t i = 0; i < sec.size(); ++i) {
-        const char c = sec[i];
-        if (c == '"') {
-            const size_t j = sec.find('"', i + 1);
-            const size_t end = j == std::string_view::npos ? sec.size() : j;
-            items.push_back({NumItem::Literal, std::string(sec.substr(i + 1, end - i - 1))});
-            i = end;
-        } else if (c == '\\' && i + 1 < sec.size()) {
-            items.push_back({NumItem::Literal, std::string(1, sec[++i])});
-        } else if (c == '0' && !exp) {
+    scanMask(sec, [&](const MaskPiece& p) -> size_t {
+        if (p.literal) {
+            items.push_back({NumItem::Literal, std::string(p.text)});
+            return 0;
+        }
+        const size_t i = p.pos;
+        const char c = p.text[0];
+        if (c == '0' && !exp) {
             items.push_back({NumItem::Zero, {}});
         } else if (c == '#' && !exp) {
             items.push_back({NumItem::Hash, {}});
@@ -204,17 +208,18 @@ std::vector<NumItem> parseNumeric(std::string_view sec) {
         } else if ((c == 'E' || c == 'e') && !exp && i + 1 < sec.size() && (sec[i + 1] == '+' || sec[i + 1] == '-')) {
             exp = true;
             NumItem e{NumItem::Exp, std::string{c, sec[i + 1]}};
-            i += 2;
-            while (i < sec.size() && (sec[i] == '0' || sec[i] == '#')) {
-                if (sec[i] == '0') ++e.expDigits;
-                ++i;
+            size_t k = i + 2;
+            while (k < sec.size() && (sec[k] == '0' || sec[k] == '#')) {
+                if (sec[k] == '0') ++e.expDigits;
+                ++k;
             }
-            --i;
             items.push_back(e);
+            return k - i - 1;
         } else {
             items.push_back({NumItem::Literal, std::string(1, c)});
         }
-    }
+        return 0;
+    });
     return items;
 }
 
@@ -413,37 +418,27 @@ std::string formatDate(double serial, std::string_view mask, const Regional& r) 
     const int wd = weekday(serial);
     std::string out;
     bool afterHour = false;
-    for (size_t i = 0; i < mask.size();) {
-        const char c = mask[i];
-        if (c == '"') {
-            const size_t j = mask.find('"', i + 1);
-            const size_t end = j == std::string_view::npos ? mask.size() : j;
-            out += mask.substr(i + 1, end - i - 1);
-            i = end + 1;
-            continue;
+    scanMask(mask, [&](const MaskPiece& piece) -> size_t {
+        if (piece.literal) {
+            out += piece.text;
+            return 0;
         }
-        if (c == '\\' && i + 1 < mask.size()) {
-            out += mask[i + 1];
-            i += 2;
-            continue;
-        }
+        const size_t i = piece.pos;
+        const char c = piece.text[0];
         if (c == 'a' || c == 'A') {
             const std::string rest = lowerAscii(mask.substr(i, 5));
             const bool am = p.hour < 12;
             if (rest.rfind("am/pm", 0) == 0) {
                 out += am ? mask.substr(i, 2) : mask.substr(i + 3, 2);
-                i += 5;
-                continue;
+                return 4;
             }
             if (rest.rfind("a/p", 0) == 0) {
                 out += am ? mask[i] : mask[i + 2];
-                i += 3;
-                continue;
+                return 2;
             }
             if (rest.rfind("ampm", 0) == 0) {
                 out += am ? r.am : r.pm;
-                i += 4;
-                continue;
+                return 3;
             }
         }
         auto lower = [](char ch) { return (ch >= 'A' && ch <= 'Z') ? static_cast<char>(ch - 'A' + 'a') : ch; };
@@ -501,8 +496,8 @@ std::string formatDate(double serial, std::string_view mask, const Regional& r) 
             default: token = false; out.append(mask.substr(i, n)); break;
         }
         if (token) afterHour = lc == 'h';
-        i += n;
-    }
+        return n - 1;
+    });
     return out;
 }
 
@@ -514,13 +509,9 @@ std::string formatText(const std::string& s, std::string_view mask) {
     // is left, '&' nothing; '<' and '>' force lower or upper case.
     std::vector<std::string> chars;
     for (size_t i = 0; i < s.size();) {
-        size_t len = 1;
-        const auto b = static_cast<unsigned char>(s[i]);
-        if (b >= 0xF0) len = 4;
-        else if (b >= 0xE0) len = 3;
-        else if (b >= 0xC0) len = 2;
-        chars.push_back(s.substr(i, len));
-        i += len;
+        const size_t start = i;
+        text::nextCodePoint(s, i);
+        chars.push_back(s.substr(start, i - start));
     }
     bool leftToRight = false, lower = false, upper = false;
     size_t slots = 0;
@@ -552,22 +543,18 @@ std::string formatText(const std::string& s, std::string_view mask) {
     std::string out;
     if (!leftToRight) out += cased(extra);
     size_t slot = 0;
-    for (size_t i = 0; i < mask.size(); ++i) {
-        const char c = mask[i];
-        if (c == '"') {
-            const size_t j = mask.find('"', i + 1);
-            const size_t end = j == std::string_view::npos ? mask.size() : j;
-            out += mask.substr(i + 1, end - i - 1);
-            i = end;
-        } else if (c == '\\' && i + 1 < mask.size()) {
-            out += mask[++i];
+    scanMask(mask, [&](const MaskPiece& p) -> size_t {
+        const char c = p.text.empty() ? '\0' : p.text[0];
+        if (p.literal) {
+            out += p.text;
         } else if (c == '@' || c == '&') {
             const std::string& ch = fill[slot++];
             out += ch.empty() ? (c == '@' ? " " : "") : cased(ch);
         } else if (c != '!' && c != '<' && c != '>') {
             out += c;
         }
-    }
+        return 0;
+    });
     if (leftToRight) out += cased(extra);
     return out;
 }
