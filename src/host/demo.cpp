@@ -12,6 +12,7 @@
 #include "frame/services/data_service.hpp"
 #include "frame/services/helpers.hpp"
 #include "host/registration.hpp"
+#include "host/statement_log.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
@@ -109,8 +110,7 @@ int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostrea
         std::optional<services::StatementObservers::Subscription> tracing;
         if (trace) {
             tracing = services::StatementObservers::subscribe([&err](const services::StatementEvent& e) {
-                err << "[" << e.op << " " << e.iBase << "] " << e.composed << "\n";
-                if (e.sent != e.composed) err << "    sent: " << e.sent << "\n";
+                writeTrace(err, e.op, e.iBase, e.composed, e.sent);
             });
         }
 

@@ -4,8 +4,16 @@
 
 namespace hist::host {
 
+void writeTrace(std::ostream& out, const std::string& op, int base, const std::string& composed,
+                const std::string& sent) {
+    out << "[" << op << " " << base << "] " << composed << "\n";
+    if (sent.empty()) out << "    refused\n";
+    else if (sent != composed) out << "    sent: " << sent << "\n";
+    out.flush();
+}
+
 void StatementLog::record(StatementRecord r) {
-    if (trace_) *trace_ << r.op << " [" << r.base << "] " << r.sent << std::endl;
+    if (trace_) writeTrace(*trace_, r.op, r.base, r.text, r.sent);
     records_.push_back(std::move(r));
 }
 

@@ -20,6 +20,12 @@ struct StatementRecord {
     std::string sent;  // as the engine received it
 };
 
+// The one --trace form of a statement: "[<op> <iBase>] <text as composed>", and below it
+// "    sent: <text as the engine received it>" when the translation changed it (a
+// statement refused before the engine shows "    refused").
+void writeTrace(std::ostream& out, const std::string& op, int base, const std::string& composed,
+                const std::string& sent);
+
 class StatementLog {
 public:
     void begin() { records_.clear(); }
