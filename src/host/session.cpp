@@ -1,5 +1,7 @@
 #include "host/session.hpp"
 
+#include "frame/record.hpp"
+
 #include <exception>
 #include <istream>
 #include <ostream>
@@ -103,19 +105,20 @@ void Session::run(std::istream& in, std::ostream& out) {
 }
 
 Json Session::dispatch(const Json& req, Json& answer) {
-    static constexpr const char* ops[] = {"new", "call", "release", "members", "exec", "query"};
+    static constexpr const char* ops[] = {"new", "call", "release", "members", "templates", "exec", "query"};
     const char* op = nullptr;
     for (const char* o : ops)
         if (req.contains(o)) {
             if (op) malformed(std::string("one request names one operation; found \"") + op + "\" and \"" + o + "\"");
             op = o;
         }
-    if (!op) malformed("no operation (new, call, release, members, exec or query)");
+    if (!op) malformed("no operation (new, call, release, members, templates, exec or query)");
     const std::string_view which = op;
     if (which == "new") doNew(req, answer);
     else if (which == "call") doCall(req, answer);
     else if (which == "release") doRelease(req, answer);
     else if (which == "members") doMembers(req, answer);
+    else if (which == "templates") doTemplates(req, answer);
     else if (which == "exec") doExec(req, answer);
     else doQuery(req, answer);
     return answer;
@@ -185,6 +188,17 @@ void Session::doMembers(const Json& req, Json& answer) {
     const ClassInfo* ci = Registry::global().find(cls);
     if (!ci) raise(err::CannotCreateObject, err::SrcHost, "Unknown class \"" + cls + "\"");
     answer["members"] = ci->listedNames();
+}
+
+void Session::doTemplates(const Json& req, Json& answer) {
+    const std::string& cls = textField(req, "templates");
+    const ClassInfo* ci = Registry::global().find(cls);
+    if (!ci) raise(err::CannotCreateObject, err::SrcHost, "Unknown class \"" + cls + "\"");
+    const auto record = std::dynamic_pointer_cast<frame::RecordClass>(ci->create());
+    if (!record) raise(err::InvalidCall, err::SrcHost, cls + " is not a record class: it has no statement templates");
+    Json list = Json::array();
+    for (const auto& [name, text] : record->variants().templates()) list.push_back({{"name", name}, {"text", text}});
+    answer["templates"] = std::move(list);
 }
 
 namespace {

@@ -34,6 +34,7 @@ private:
     void doCall(const Json& req, Json& answer);
     void doRelease(const Json& req, Json& answer);
     void doMembers(const Json& req, Json& answer);
+    void doTemplates(const Json& req, Json& answer);
     void doExec(const Json& req, Json& answer);
     void doQuery(const Json& req, Json& answer);
 

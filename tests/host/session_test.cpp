@@ -202,6 +202,17 @@ TEST_F(SessionTest, NewWithoutANameReturnsARefAndACollectionHoldingItselfIsAnswe
 
 // Lines a hostile client may send: numbers beyond a double, values and requests
 // nested without end. Each gets error 5 and the session serves the next line.
+TEST_F(SessionTest, ARecordClassListsItsStatementTemplates) {
+    const Json a = ask(R"({"id":1,"templates":"ClsOrdenesComentarios"})");
+    ASSERT_EQ(a["ok"], true) << a.dump();
+    EXPECT_EQ(a["templates"][1]["name"], "IniciaRs[seleccion]");
+    EXPECT_EQ(a["templates"][1]["text"],
+              "SELECT Id, Codigo AS Código, Comentarios, Descripcion as Descripción, Fecha FROM HOrdenes_Comentarios "
+              "Where (Codigo = {id} AND Fecha = {FL:dtFecha} )");
+    EXPECT_EQ(ask(R"({"id":2,"templates":"HostProbe"})")["error"]["number"], 5);
+    EXPECT_EQ(ask(R"({"id":3,"templates":"ClsNadie"})")["error"]["number"], 429);
+}
+
 TEST_F(SessionTest, OutOfRangeAndNestedInputIsRefusedAndTheSessionGoesOn) {
     auto nested = [](const std::string& open, const std::string& inner, const std::string& close, int levels) {
         std::string s;
