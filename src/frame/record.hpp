@@ -2,7 +2,7 @@
 // RecordClass: what every record class is. One primary recordset (adoPrimaryRS)
 // and the connection it came on (cnnPrimary); navigation, editing, transactions,
 // the data-source members and the statement members over that table. A class
-// derives from it, hands it its table of variants (variants.hpp) and adds its own
+// derives from it, hands it its declaration (variants.hpp) and adds its own
 // members; registration.hpp publishes the members in the class's interface order.
 //
 // Failures pass to the caller unchanged. What a member did before the failure

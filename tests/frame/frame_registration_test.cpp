@@ -1,5 +1,5 @@
 // Publishing record classes: the interface list decides the members and their order,
-// the variants decide the argument shapes, and a list that names something neither
+// the declared argument lists pick from the shared members' arguments, and a list that names something neither
 // the class nor the frame has is refused at registration.
 #include <gtest/gtest.h>
 
