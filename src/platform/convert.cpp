@@ -12,6 +12,20 @@ namespace hist::rt {
 
 namespace {
 
+// Reads the sign and digits of an exponent whose marker stands at s[i], appending
+// "e<sign><digits>" to plain. The index after the digits, or i itself (and nothing
+// appended) when no digit follows the marker.
+size_t readExponent(std::string_view s, size_t i, std::string& plain) {
+    size_t j = i + 1;
+    std::string exp = "e";
+    if (j < s.size() && (s[j] == '+' || s[j] == '-')) exp += s[j++];
+    const size_t first = j;
+    while (j < s.size() && std::isdigit(static_cast<unsigned char>(s[j]))) exp += s[j++];
+    if (j == first) return i;
+    plain += exp;
+    return j;
+}
+
 [[noreturn]] void fail(long number) { raise(number, err::SrcRuntime); }
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
@@ -149,16 +163,8 @@ std::optional<double> parseNumber(std::string_view s, const Regional& r) {
         }
         if (digits == 0) return std::nullopt;
         if (i < n && (s[i] == 'e' || s[i] == 'E')) {
-            size_t j = i + 1;
-            std::string exp = "e";
-            if (j < n && (s[j] == '+' || s[j] == '-')) exp += s[j++];
-            size_t expDigits = 0;
-            while (j < n && std::isdigit(static_cast<unsigned char>(s[j]))) {
-                exp += s[j++];
-                ++expDigits;
-            }
-            if (expDigits == 0) return std::nullopt;
-            plain += exp;
+            const size_t j = readExponent(s, i, plain);
+            if (j == i) return std::nullopt;
             i = j;
         }
         double d = 0;
@@ -304,17 +310,7 @@ double Val(std::string_view text) {
         }
     }
     if (digits == 0) return 0;
-    if (i < n && (s[i] == 'e' || s[i] == 'E' || s[i] == 'd' || s[i] == 'D')) {
-        size_t j = i + 1;
-        std::string exp = "e";
-        if (j < n && (s[j] == '+' || s[j] == '-')) exp += s[j++];
-        size_t expDigits = 0;
-        while (j < n && std::isdigit(static_cast<unsigned char>(s[j]))) {
-            exp += s[j++];
-            ++expDigits;
-        }
-        if (expDigits > 0) plain += exp;
-    }
+    if (i < n && (s[i] == 'e' || s[i] == 'E' || s[i] == 'd' || s[i] == 'D')) readExponent(s, i, plain);
     if (plain.back() == '.') plain.pop_back();
     const double d = fromPlain(plain);
     if (!std::isfinite(d)) fail(err::Overflow);
