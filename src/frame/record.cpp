@@ -79,8 +79,9 @@ void RecordClass::IniciaRs(ConnPtr& cnnActive, std::string& sSelecSql, Variant& 
     std::optional<Statement> clause;
     if (chosen) {
         clause = fill(chosen->clause, {{"id", id}, {"dtFecha", Variant(dtFecha)}});
-        sql += clause->filled();
+        sql = chosen->whole ? clause->filled() : sql + clause->filled();
         restoresOrder = restoresOrder && chosen->restoresOrder;
+        if (!chosen->keyBack.empty()) sSelecSql = std::string(chosen->keyBack);
     } else {
         sSelecSql = "todos";
     }
@@ -158,7 +159,8 @@ std::vector<std::pair<std::string, std::string>> ClassVariants::templates() cons
     const std::string selectText = select.withTable(table);
     out.emplace_back("IniciaRs[todos]", selectText);
     for (const Selection& s : selections)
-        out.emplace_back("IniciaRs[" + std::string(s.keyword) + "]", selectText + s.clause.withTable(table));
+        out.emplace_back("IniciaRs[" + std::string(s.keyword) + "]",
+                         (s.whole ? std::string() : selectText) + s.clause.withTable(table));
     auto add = [&](std::string name, const Template& t) {
         if (!t.empty()) out.emplace_back(std::move(name), t.withTable(table));
     };

@@ -35,10 +35,13 @@ inline constexpr int16_t kFindByIndex = -1;
 // list opens the default SELECT and writes "todos" back.
 struct Selection {
     std::string_view keyword;
-    // Appended to the default SELECT; its holes are {id} and the date hole
-    // ({F:dtFecha} or {FL:dtFecha}) of IniciaRs's arguments.
+    // Appended to the default SELECT, or the whole statement where `whole` says so; its
+    // holes are {id} and the date hole ({F:dtFecha} or {FL:dtFecha}) of IniciaRs's
+    // arguments.
     Template clause;
-    bool restoresOrder = true;  // the saved order is restored (where the class restores it on IniciaRs)
+    bool restoresOrder = true;   // the saved order is restored (where the class restores it on IniciaRs)
+    bool whole = false;          // the clause is the whole statement, not appended to the SELECT
+    std::string_view keyBack = {};  // written back into sSelecSql (the key of the saved order)
 };
 
 // Where a value that a member writes into a field comes from.
