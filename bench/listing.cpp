@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "ado/connection.hpp"
+#include "backends/engine.hpp"
 #include "tools/tool_members.hpp"
 #include "frame/services/config.hpp"
 #include "platform/clock.hpp"
@@ -92,10 +93,7 @@ int main(int argc, char** argv) {
     services::Configuration::install(c);
     Clock::set(rt::dateSerial(2026, 11, 22));
 
-    {
-        auto cn = std::make_shared<ado::Connection>();
-        cn->Open(c.dataSource(4));  // creates the archive with the catalog's tables
-    }
+    hist::backend::createArchive(c.dataSource(4));  // the catalog's tables
     sqlite3* db = nullptr;
     check(sqlite3_open(c.archivePath().c_str(), &db), db, "open");
     const auto g0 = SteadyClock::now();
