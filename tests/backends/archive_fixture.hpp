@@ -2,31 +2,22 @@
 // A fresh archive file per test, and a row sink that keeps what it is given.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "backends/engine.hpp"
 #include "sql/catalog.hpp"
+#include "support/scratch.hpp"
 
 namespace hist::testing {
 
+// An archive file in a scratch folder of its own.
 class TempArchive {
 public:
-    TempArchive() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "histarch-XXXXXX").string();
-        dir_ = mkdtemp(tmpl.data());
-        path_ = (std::filesystem::path(dir_) / "archivo.db").string();
-    }
-    ~TempArchive() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir_, ec);
-    }
     const std::string& path() const { return path_; }
     backend::DataSource source(int busyMs = 2000) const {
         backend::DataSource ds;
@@ -36,7 +27,8 @@ public:
     }
 
 private:
-    std::string dir_, path_;
+    Scratch dir_{"hist-archive"};
+    std::string path_ = (dir_ / "archivo.db").string();
 };
 
 // Cells as text ("NULL" for a null, integers and reals in C form), hidden columns included.
