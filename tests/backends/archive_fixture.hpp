@@ -2,36 +2,28 @@
 // A fresh archive file per test, and a row sink that keeps what it is given.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "backends/engine.hpp"
 #include "sql/catalog.hpp"
+#include "support/scratch.hpp"
 
 namespace hist::testing {
 
-// A folder of its own holding archivo.db, made with the catalog's tables unless
-// `create` is false.
+// An archive file in a scratch folder of its own, made with the catalog's tables
+// unless `create` is false.
 class TempArchive {
 public:
     explicit TempArchive(bool create = true) {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "histarch-XXXXXX").string();
-        dir_ = mkdtemp(tmpl.data());
-        path_ = (std::filesystem::path(dir_) / "archivo.db").string();
         if (create) backend::createArchive(source());
     }
-    ~TempArchive() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir_, ec);
-    }
     const std::string& path() const { return path_; }
-    const std::string& dir() const { return dir_; }
+    std::string dir() const { return dir_.str(); }
     backend::DataSource source(int busyMs = 2000) const {
         backend::DataSource ds;
         ds.path = path_;
@@ -40,7 +32,8 @@ public:
     }
 
 private:
-    std::string dir_, path_;
+    Scratch dir_{"hist-archive"};
+    std::string path_ = (dir_ / "archivo.db").string();
 };
 
 // Cells as text ("NULL" for a null, integers and reals in C form), hidden columns included.

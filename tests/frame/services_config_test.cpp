@@ -14,7 +14,7 @@ namespace {
 using ::testing::HasSubstr;
 using test::envOf;
 using test::raised;
-using test::ScratchDir;
+using testing::Scratch;
 using test::writeFile;
 
 // The identity, masks, timeout and date switch by default are checked where they are
@@ -55,14 +55,14 @@ TEST(ServicesConfig, LocationPrecedence) {
 }
 
 TEST(ServicesConfig, AbsentDefaultFileGivesDefaults) {
-    ScratchDir dir;
+    Scratch dir;
     Config c = Config::load(std::nullopt, envOf({{"HOME", dir.str()}}));
     EXPECT_TRUE(c.sourceFile.empty());
     EXPECT_EQ(c.archivePath(), dir.str() + "/.local/share/historicos/archivo.db");
 }
 
 TEST(ServicesConfig, ReadsEveryItem) {
-    ScratchDir dir;
+    Scratch dir;
     writeFile(dir / "conf/historicos/config.json", R"({
         "application": {"CompanyName": "Dental Sur", "ProductName": "Gestion", "Major": 3, "Minor": 12,
                         "Path": "app"},
@@ -166,7 +166,7 @@ TEST(ServicesConfig, BadInputNamesFileKeyAndExpectation) {
 }
 
 TEST(ServicesConfig, FileProblemsSayWhatToFix) {
-    ScratchDir dir;
+    Scratch dir;
     auto env = envOf({{"HOME", dir.str()}, {"HISTORICOS_CONFIG", (dir / "env.json").string()}});
     auto message = [&](const std::optional<std::string>& file) {
         return raised([&] { Config::load(file, env); }).description();

@@ -15,7 +15,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using test::raised;
-using test::ScratchDir;
+using testing::Scratch;
 
 // An archive of its own in a scratch folder, reached by iBase 1 and 4.
 class ServicesData : public ::testing::Test {
@@ -48,7 +48,7 @@ protected:
     }
 
     RegionalScope es{Regional::esES()};
-    ScratchDir dir;
+    Scratch dir;
     ClsServicioDatos svc;
 };
 

@@ -15,7 +15,7 @@ namespace hist::services {
 namespace {
 
 using test::raised;
-using test::ScratchDir;
+using testing::Scratch;
 
 std::string numeroSql(Variant v, int32_t decimals) {
     ClsFormatoNumero f;
@@ -61,7 +61,7 @@ TEST(ServicesFormatoNumero, MasksComeFromTheConfiguration) {
 }
 
 TEST(ServicesRutasUsuario, FilesGoInTheWorkingFolderWhichIsCreated) {
-    ScratchDir dir;
+    Scratch dir;
     Config c = Config::defaults();
     c.workDir = (dir / "a/b").string();
     Configuration::install(c);

@@ -18,7 +18,7 @@ namespace hist::services {
 namespace {
 
 using ::testing::ElementsAre;
-using test::ScratchDir;
+using testing::Scratch;
 
 class ServicesRegistration : public ::testing::Test {
 protected:
@@ -35,7 +35,7 @@ protected:
     std::vector<std::string> listed(const char* cls) { return reg.find(cls)->listedNames(); }
 
     RegionalScope es{Regional::esES()};
-    ScratchDir dir;
+    Scratch dir;
     // Calls by name look classes up in the global registry.
     Registry& reg = Registry::global();
 };

@@ -14,7 +14,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using test::raised;
-using test::ScratchDir;
+using testing::Scratch;
 
 // Installs a configuration whose settings live in a scratch folder, and a user.
 class ServicesRights : public ::testing::Test {
@@ -29,7 +29,7 @@ protected:
         CurrentUser::set(std::nullopt);
         Configuration::reset();
     }
-    ScratchDir dir;
+    Scratch dir;
 };
 
 TEST_F(ServicesRights, KeysAreBuiltFromTheApplicationIdentity) {
@@ -128,7 +128,7 @@ TEST_F(ServicesRights, CommandDeniesListsAndAllows) {
 }
 
 TEST_F(ServicesRights, CommandOptionsChooseFolderAndIdentity) {
-    ScratchDir other;
+    Scratch other;
     test::writeFile(other / "c.json", R"({"application": {"CompanyName": "Sur", "Major": 2}})");
     CommandRun r = run({.verb = Verb::Deny,
                         .user = "ana",

@@ -1,4 +1,6 @@
 #include <poll.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +21,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using test::readFile;
-using test::ScratchDir;
+using testing::Scratch;
 using test::writeFile;
 
 const std::string kTodos =
@@ -37,7 +39,7 @@ void put(const std::filesystem::path& file, const std::string& key, const std::s
 // A store file of its own in a scratch folder.
 class ServicesSettings : public ::testing::Test {
 protected:
-    ScratchDir dir;
+    Scratch dir;
     std::filesystem::path file = dir / "registro.json";
 };
 
@@ -238,6 +240,36 @@ TEST_F(ServicesSettings, DamagedStoreIsReportedAndNeverOverwritten) {
         expectReported([&] { put(file, "Otra", "Criteria", "c"); });
         EXPECT_EQ(readFile(file), damaged) << "the damaged store was changed";
     }
+}
+
+// A write the disk refuses (here a file size limit of the store's present size, in a
+// child process) fails naming the store, and the store keeps what it held.
+TEST_F(ServicesSettings, AWriteThatFailsNamesTheStoreAndKeepsTheOldOne) {
+    put(file, kTodos, "Criteria", "a");
+    const std::string before = readFile(file);
+    int out[2];
+    ASSERT_EQ(::pipe(out), 0);
+    pid_t child = inChild([&] {
+        ::close(out[0]);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlim_t size = static_cast<rlim_t>(before.size());
+        const rlimit limit{size, size};
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(5);
+        const Error e = test::raised([&] { put(file, kTodos, "Criteria", std::string(4096, 'b')); });
+        const std::string why = e.source() + ": " + e.description();
+        if (::write(out[1], why.data(), why.size()) < 0) ::_exit(4);
+    });
+    ::close(out[1]);
+    std::string why;
+    char buf[512];
+    for (ssize_t n; (n = ::read(out[0], buf, sizeof buf)) > 0;) why.append(buf, static_cast<size_t>(n));
+    ::close(out[0]);
+    EXPECT_TRUE(endedWell(child));
+    EXPECT_THAT(why, HasSubstr(std::string(SrcSettings) + ": " + kSettingsWhat + " " + file.string() +
+                               ": cannot be written ("));
+    EXPECT_EQ(readFile(file), before);
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+        EXPECT_EQ(entry.path().filename().string().find(".tmp."), std::string::npos) << entry.path();
 }
 
 TEST_F(ServicesSettings, DefaultStoreIsTheCurrentUsersUnderTheSettingsFolder) {

@@ -7,12 +7,12 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <unistd.h>
 
 #include "cli_run.hpp"
 #include "frame/services/config.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/regional.hpp"
+#include "support/scratch.hpp"
 
 namespace hist {
 namespace {
@@ -75,8 +75,8 @@ TEST(CommandLine, HelpAnswersEveryCommandAndUsageErrorsAreTwo) {
 }
 
 TEST(CommandLine, TraceStandsBeforeOrAfterTheCommand) {
-    const auto home = std::filesystem::temp_directory_path() / ("historicos-cli-" + std::to_string(getpid()));
-    std::filesystem::remove_all(home);
+    const hist::testing::Scratch scratch("historicos-cli");
+    const auto& home = scratch.path();
     const std::vector<std::string> where = {"--db",         (home / "archivo.db").string(),
                                             "--app-path",   (home / "app").string(),
                                             "--work-dir",   (home / "work").string(),
@@ -96,7 +96,6 @@ TEST(CommandLine, TraceStandsBeforeOrAfterTheCommand) {
     Regional::setCurrent(Regional::esES());
     setApplication(nullptr);
     services::Configuration::reset();
-    std::filesystem::remove_all(home);
 }
 
 // The README's command-line section is the program's own --help: the whole help of

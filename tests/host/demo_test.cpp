@@ -12,6 +12,7 @@
 #include "frame/services/config.hpp"
 #include "cli_run.hpp"
 #include "host/demo.hpp"
+#include "support/scratch.hpp"
 
 namespace hist {
 namespace {
@@ -28,19 +29,15 @@ host::DemoOptions demoOn(const std::string& db, std::size_t orders = 2000) {
 // A temporary folder that is also the user's data folder, where the main job writes
 // its listing, for as long as the test runs.
 struct TempDir {
-    fs::path path;
+    hist::testing::Scratch scratch{"historicos-demo"};
+    const fs::path& path = scratch.path();
     const char* saved = std::getenv("XDG_DATA_HOME");
     const std::string savedValue = saved ? saved : "";
-    TempDir() {
-        char tmpl[] = "/tmp/historicos-demo-XXXXXX";
-        path = mkdtemp(tmpl);
-        setenv("XDG_DATA_HOME", path.c_str(), 1);
-    }
+    TempDir() { setenv("XDG_DATA_HOME", path.c_str(), 1); }
     ~TempDir() {
         services::Configuration::reset();
         if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
         else unsetenv("XDG_DATA_HOME");
-        fs::remove_all(path);
     }
 };
 

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "support/scratch.hpp"
+
 extern char** environ;
 
 namespace hist::testing {
@@ -21,9 +23,7 @@ namespace hist::testing {
 class HostProcess {
 public:
     explicit HostProcess(std::vector<std::string> options) {
-        char tmpl[] = "/tmp/historicos-host-XXXXXX";
-        if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp failed");
-        home_ = tmpl;
+        home_ = scratch_.str();
 
         std::vector<std::string> argv{HISTORICOS_EXE, "host", "--app-path", home_ + "/app", "--work-dir",
                                       home_ + "/work"};
@@ -71,8 +71,6 @@ public:
             int status = 0;
             waitpid(pid_, &status, 0);
         }
-        std::error_code ec;
-        std::filesystem::remove_all(home_, ec);
     }
 
     // Sends one line and waits (10 s at most) for one answer line; empty when none came.
@@ -120,6 +118,7 @@ public:
     const std::string& home() const { return home_; }
 
 private:
+    Scratch scratch_{"historicos-host"};
     std::string home_;
     pid_t pid_ = -1;
     int toChild_ = -1, fromChild_ = -1;

@@ -18,6 +18,7 @@
 #include "platform/host_objects.hpp"
 #include "platform/regional.hpp"
 #include "platform/runtime.hpp"
+#include "support/scratch.hpp"
 
 namespace hist {
 namespace {
@@ -256,8 +257,8 @@ TEST_F(SessionTest, OutOfRangeAndNestedInputIsRefusedAndTheSessionGoesOn) {
 
 
 TEST(HostOptionsTest, ApplyingPutsThemInForce) {
-    const auto home = std::filesystem::temp_directory_path() / ("historicos-options-" + std::to_string(getpid()));
-    std::filesystem::remove_all(home);
+    const hist::testing::Scratch scratch("historicos-options");
+    const auto& home = scratch.path();
     setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
     setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
     unsetenv("HISTORICOS_CONFIG");
@@ -291,7 +292,6 @@ TEST(HostOptionsTest, ApplyingPutsThemInForce) {
     CurrentUser::set(std::nullopt);
     setApplication(nullptr);
     services::Configuration::reset();
-    std::filesystem::remove_all(home);
 }
 
 }  // namespace

@@ -20,6 +20,7 @@
 #include "sample/plan.hpp"
 #include "sample/sample.hpp"
 #include "sql/catalog.hpp"
+#include "support/scratch.hpp"
 
 namespace hs = hist::sample;
 namespace fs = std::filesystem;
@@ -28,18 +29,8 @@ namespace {
 
 // One folder per test process, removed when the process ends.
 fs::path tempDir() {
-    static const struct Dir {
-        fs::path path = fs::temp_directory_path() / ("historicos-sample-" + std::to_string(::getpid()));
-        Dir() {
-            fs::remove_all(path);
-            fs::create_directories(path);
-        }
-        ~Dir() {
-            std::error_code ec;
-            fs::remove_all(path, ec);
-        }
-    } dir;
-    return dir.path;
+    static const hist::testing::Scratch dir("historicos-sample");
+    return dir.path();
 }
 
 class Query {

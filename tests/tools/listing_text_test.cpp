@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +11,7 @@
 
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
+#include "support/scratch.hpp"
 #include "tools/listing_text.hpp"
 
 namespace hist::tools::listing {
@@ -53,17 +53,9 @@ TEST(ListingText, UpperCaseOneCharacterForOne) {
 
 class OutputFileTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        dir_ = fs::temp_directory_path() / ("hist-listing-text-" + std::to_string(::getpid()));
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-    static std::string read(const fs::path& p) {
-        std::ifstream in(p, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
-    fs::path dir_;
+    static std::string read(const fs::path& p) { return hist::testing::readFile(p); }
+    hist::testing::Scratch scratch_{"hist-listing-text"};
+    const fs::path dir_ = scratch_.path();
 };
 
 TEST_F(OutputFileTest, ReplacesTheFileAndPrintsValues) {

@@ -6,16 +6,14 @@
 // test needs.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <unistd.h>
 
 #include "ado/connection.hpp"
 #include "frame/record.hpp"
@@ -26,6 +24,7 @@
 #include "platform/runtime.hpp"
 #include "sql/translator.hpp"
 #include "support/errors.hpp"
+#include "support/scratch.hpp"
 
 namespace hist::test {
 
@@ -65,15 +64,11 @@ inline frame::ClassVariants toolVariants(std::string_view className, std::string
 class TempArchive : public ::testing::Test {
 protected:
     void SetUp() override {
-        static std::atomic<int> counter{0};
-        dir_ = std::filesystem::temp_directory_path() /
-               ("hist-tests-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
-        std::filesystem::remove_all(dir_);
-        std::filesystem::create_directories(dir_);
+        dir_.emplace("hist-tools");
         services::Config c = services::Config::defaults();
-        c.archive = (dir_ / "archivo.db").string();
-        c.settingsDir = (dir_ / "config").string();
-        c.workDir = (dir_ / "trabajo").string();
+        c.archive = (*dir_ / "archivo.db").string();
+        c.settingsDir = (*dir_ / "config").string();
+        c.workDir = (*dir_ / "trabajo").string();
         services::Configuration::install(c);
         Clock::set(rt::dateSerial(2026, 11, 22) + rt::timeSerial(10, 30, 0));
         backend::createArchive(c.dataSource(4));
@@ -85,8 +80,7 @@ protected:
         setup_.reset();
         services::Configuration::reset();
         Clock::set(std::nullopt);
-        std::error_code ec;
-        std::filesystem::remove_all(dir_, ec);
+        dir_.reset();
     }
 
     // Runs a writing statement of the desktop dialect.
@@ -100,8 +94,11 @@ protected:
 
     std::shared_ptr<ado::Connection> setup_;
 
+    // The test's folder: the archive, the settings and the work folder are in it.
+    const std::filesystem::path& folder() const { return dir_->path(); }
+
 private:
-    std::filesystem::path dir_;
+    std::optional<hist::testing::Scratch> dir_;
 };
 
 class ToolsFixture : public TempArchive {
