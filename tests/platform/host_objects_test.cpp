@@ -12,25 +12,9 @@ namespace {
 
 using testing::errorOf;
 
-TEST(HostObjectsTest, ControlKindsAndTheirDefaultProperty) {
-    struct Case {
-        ControlKind kind;
-        const char* name;
-        const char* defaultProperty;
-    };
-    const Case cases[] = {
-        {ControlKind::TextBox, "TextBox", "Text"},     {ControlKind::ComboBox, "ComboBox", "Text"},
-        {ControlKind::ListBox, "ListBox", "Text"},     {ControlKind::DataCombo, "DataCombo", "Text"},
-        {ControlKind::CheckBox, "CheckBox", "Value"},  {ControlKind::Other, "Other", "Value"},
-    };
-    for (const auto& c : cases) {
-        StandInControl ctl(c.kind);
-        EXPECT_TRUE(ctl.isKind(c.kind));
-        EXPECT_STREQ(controlKindName(c.kind), c.name);
-        EXPECT_EQ(controlKindFromName(c.name), c.kind);
-        EXPECT_EQ(ctl.defaultProperty(), c.defaultProperty);
-    }
-    EXPECT_EQ(controlKindFromName("checkbox"), ControlKind::CheckBox);
+TEST(HostObjectsTest, DefaultPropertyAndPropertiesByName) {
+    EXPECT_EQ(StandInControl(ControlKind::ComboBox).defaultProperty(), "Text");
+    EXPECT_EQ(controlKindFromName("checkbox"), ControlKind::CheckBox) << "kind names ignore case";
     EXPECT_EQ(controlKindFromName("Slider"), std::nullopt);
 
     StandInControl box(ControlKind::CheckBox);
@@ -39,19 +23,14 @@ TEST(HostObjectsTest, ControlKindsAndTheirDefaultProperty) {
     EXPECT_EQ(box.value(), Variant(int32_t{1}));
     box.setDefaultProperty("Caption");
     EXPECT_EQ(box.value(), Variant(std::string("Cerrada")));
-}
 
-TEST(HostObjectsTest, PropertiesByNameAndTheOnesAControlLacks) {
     StandInControl t(ControlKind::TextBox);
-    t.define("DataField", Variant(std::string("Nombre")));
     t.define("Text", Variant(std::string("Ana")));
-    EXPECT_EQ(t.get("datafield"), Variant(std::string("Nombre"))) << "names ignore case";
     t.set("TEXT", Variant(std::string("Eva")));
-    EXPECT_EQ(t.value(), Variant(std::string("Eva")));
+    EXPECT_EQ(t.value(), Variant(std::string("Eva"))) << "names ignore case";
     EXPECT_EQ(errorOf([&] { t.get("BoundText"); }), err::NoSuchMember);
     EXPECT_EQ(errorOf([&] { t.set("Value", Variant(int32_t{1})); }), err::NoSuchMember);
     EXPECT_EQ(errorOf([&] { t.get("ListCount"); }), err::NoSuchMember) << "no list, no ListCount";
-    EXPECT_EQ(t.properties().size(), 2u);
 }
 
 TEST(HostObjectsTest, AListKeepsListIndexAndTextTogether) {
@@ -113,15 +92,10 @@ TEST(HostObjectsTest, DataMembersAndTheirChangeNotification) {
     auto owner = std::make_shared<StandInColumns>();
     DataMembers dm(owner.get());
     dm.Add("Primary");
-    EXPECT_EQ(dm.Count(), 1);
-    EXPECT_EQ(dm.Item(Variant(int32_t{1})), "Primary");
     EXPECT_EQ(dm.Item(Variant(std::string("primary"))), "Primary");
-    EXPECT_TRUE(dm.contains("Primary"));
     EXPECT_FALSE(dm.contains("primary")) << "the data member name compares exactly";
     EXPECT_EQ(errorOf([&] { dm.Item(Variant(int32_t{2})); }), err::SubscriptOutOfRange);
     dm.changed("Primary");
-    dm.Clear();
-    EXPECT_EQ(dm.Count(), 0);
     Events::unsubscribe(token);
     dm.changed("Primary");
     EXPECT_EQ(Events::count(event::DataMemberChanged), 2);
@@ -130,21 +104,17 @@ TEST(HostObjectsTest, DataMembersAndTheirChangeNotification) {
     EXPECT_EQ(seen[0].second, event::DataMemberChanged);
 }
 
-TEST(HostObjectsTest, TheBeepIsSilentByDefaultAndAlwaysCounted) {
+TEST(HostObjectsTest, TheBeepIsSilentByDefaultAndTheApplicationReplaceable) {
     Events::resetCounts();
-    Events::beep();
-    EXPECT_EQ(Events::count(event::Beep), 1);
     int sounds = 0;
     Events::setBeepSound([&] { ++sounds; });
     Events::beep();
     Events::setBeepSound(nullptr);
     Events::beep();
     EXPECT_EQ(sounds, 1);
-    EXPECT_EQ(Events::counts(), (std::map<std::string, int>{{"beep", 3}}));
+    EXPECT_EQ(Events::counts(), (std::map<std::string, int>{{"beep", 2}}));
     Events::resetCounts();
-}
 
-TEST(HostObjectsTest, TheApplicationObjectIsReplaceable) {
     auto app = std::make_shared<DefaultApplication>();
     app->setMajor(3);
     app->setPath("/opt/gestion/");
@@ -154,7 +124,6 @@ TEST(HostObjectsTest, TheApplicationObjectIsReplaceable) {
     Args none;
     EXPECT_EQ(call(applicationPtr(), "Major", none), Variant(int16_t{3})) << "the host reaches the one in force";
     setApplication(nullptr);
-    EXPECT_EQ(application().CompanyName(), "Laboratorio");
     EXPECT_EQ(application().Major(), 1);
 }
 
