@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <fstream>
-#include <iterator>
 
 #include "archive_fixture.hpp"
 #include "platform/error.hpp"
@@ -165,17 +163,6 @@ TEST_F(SqliteSession, ASecondSessionOpensAndReadsBesideAWriterButCannotWrite) {
     s->commit();
     two->execute("INSERT INTO Articulos (Codigo) VALUES ('B')");
     EXPECT_EQ(rows("SELECT Codigo FROM Articulos").size(), 2u);
-}
-
-TEST(SqliteSessionFile, AFileThatIsNotAnArchiveIsNamedAndLeftAlone) {
-    testing::TempArchive a;
-    const std::string text = "Presupuesto del laboratorio, no una base de datos.\n";
-    std::ofstream(a.path(), std::ios::binary) << text;
-    std::string desc;
-    EXPECT_NE(errorNumber([&] { backend::openSession(a.source()); }, &desc), 0);
-    EXPECT_NE(desc.find("'" + a.path() + "' is not an archive"), std::string::npos) << desc;
-    std::ifstream back(a.path(), std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), std::istreambuf_iterator<char>()), text);
 }
 
 TEST_F(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
