@@ -231,6 +231,7 @@ TEST(Fields, AssignedValuesAreCoercedUnderTheRegionalSettings) {
         {&Regional::enUS(), FieldType::Double, Variant("12,5"), Variant(125.0)},
         {&Regional::enUS(), FieldType::Double, Variant("12.5"), Variant(12.5)},
         {&Regional::esES(), FieldType::Integer, Variant(2.5), Variant(static_cast<int32_t>(2))},
+        {&Regional::esES(), FieldType::Integer, Variant(3.5), Variant(static_cast<int32_t>(4))},
         {&Regional::esES(), FieldType::SmallInt, Variant("7"), Variant(static_cast<int16_t>(7))},
         {&Regional::esES(), FieldType::Date, Variant("01/02/2003"), Variant::date(37653)},
         {&Regional::enUS(), FieldType::Date, Variant("01/02/2003"), Variant::date(37623)},

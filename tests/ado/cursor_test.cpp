@@ -194,11 +194,6 @@ TEST(Editing, BatchUpdateKeepsTheEditModeAndCancelUpdateUndoes) {
     rs->CancelUpdate();
     EXPECT_EQ(rs->EditMode(), 0);
     EXPECT_EQ(rs->value("Nombre").asString(), "Ana");
-
-    rs->Delete(1);
-    rs->CancelBatch(3);  // everything pending goes: the deletion and the added row
-    EXPECT_EQ(at(*rs), "1@1/3");
-    EXPECT_EQ(rs->EditMode(), 0);
 }
 
 TEST(Editing, WithoutAConnectionPendingRowsCannotBeSent) {

@@ -13,7 +13,15 @@ namespace {
 using testing::errorOf;
 
 TEST(HostObjectsTest, DefaultPropertyAndPropertiesByName) {
-    EXPECT_EQ(StandInControl(ControlKind::ComboBox).defaultProperty(), "Text");
+    const std::tuple<ControlKind, const char*, const char*> kinds[] = {
+        {ControlKind::TextBox, "TextBox", "Text"},    {ControlKind::ComboBox, "ComboBox", "Text"},
+        {ControlKind::ListBox, "ListBox", "Text"},    {ControlKind::DataCombo, "DataCombo", "Text"},
+        {ControlKind::CheckBox, "CheckBox", "Value"}, {ControlKind::Other, "Other", "Value"}};
+    for (const auto& [kind, name, property] : kinds) {
+        EXPECT_STREQ(controlKindName(kind), name);
+        EXPECT_EQ(controlKindFromName(name), kind);
+        EXPECT_EQ(StandInControl(kind).defaultProperty(), property) << name;
+    }
     EXPECT_EQ(controlKindFromName("checkbox"), ControlKind::CheckBox) << "kind names ignore case";
     EXPECT_EQ(controlKindFromName("Slider"), std::nullopt);
 
@@ -96,6 +104,8 @@ TEST(HostObjectsTest, DataMembersAndTheirChangeNotification) {
     EXPECT_FALSE(dm.contains("primary")) << "the data member name compares exactly";
     EXPECT_EQ(errorOf([&] { dm.Item(Variant(int32_t{2})); }), err::SubscriptOutOfRange);
     dm.changed("Primary");
+    dm.Clear();
+    EXPECT_EQ(dm.Count(), 0);
     Events::unsubscribe(token);
     dm.changed("Primary");
     EXPECT_EQ(Events::count(event::DataMemberChanged), 2);

@@ -70,7 +70,7 @@ TEST(RuntimeFormat, NamedNumberMasks) {
         {1234567.5, "Standard", "1.234.567,50", "1,234,567.50"}, {1.0, "Percent", "100,00%", "100.00%"},
         {1.0, "Scientific", "1,00E+00", "1.00E+00"}, {1234.5, "Fixed", "1234,50", "1234.50"},
         {0.125, "Fixed", "0,13", "0.13"}, {1234.5, "General Number", "1234,5", "1234.5"},
-        {1.0, "Yes/No", "Yes", "Yes"}, {0.0, "On/Off", "Off", "Off"},
+        {1.0, "Yes/No", "Yes", "Yes"}, {0.0, "On/Off", "Off", "Off"}, {1.0, "True/False", "True", "True"},
         {Variant::null(), "Standard", "", ""},
         {1.0, "standard", "1,00", "1.00"},  // names are not case-sensitive
     });
