@@ -117,7 +117,8 @@ TEST(RuntimeErrors, NumberSourceAndDescription) {
         const char* description;
     } cases[] = {
         {[&] { CLng(null); }, 94, "Invalid use of Null"}, {[&] { CDbl(null); }, 94, "Invalid use of Null"},
-        {[&] { CStr(null); }, 94, "Invalid use of Null"}, {[] { CInt("abc"); }, 13, "Type mismatch"},
+        {[&] { CStr(null); }, 94, "Invalid use of Null"}, {[&] { CDate(null); }, 94, "Invalid use of Null"},
+        {[] { CInt("abc"); }, 13, "Type mismatch"},
         {[] { CInt(40000.0); }, 6, "Overflow"},
     };
     for (const auto& c : cases) {
