@@ -74,23 +74,17 @@ void runFilterTable(const std::vector<FilterCase>& table) {
 TEST(Filter, GrammarAcceptsAndRefuses) {
     RegionalScope es(Regional::esES());
     std::vector<FilterCase> table = {
-        {"Nombre = 'ana'", 1, 0}, {"Nombre Like 'A*'", 3, 0},
-        {"Nombre LIKE 'a%'", 3, 0}, {"Nombre like '*AS*'", 2, 0},
-        {"Nombre Like '*'", 6, 0}, {"Nombre Like 'Ana*' ", 1, 0},
+        {"Nombre = 'ana'", 1, 0}, {"Nombre LIKE 'a%'", 3, 0}, {"Nombre like '*AS*'", 2, 0},
         {"Nombre Like 'Ana'  Or Nombre Like 'BRUNO' ", 2, 0}, {"Nombre Like 'ánx*'", 1, 0},
         {"Nombre = 'O''Malley'", 1, 0}, {"Nombre = #Ana#", 1, 0},
         {"Nombre >= 'Ana*'", 4, 0},  // a star outside Like is a plain character
-        {"Precio > 10", 2, 0}, {"Precio > 7.2", 3, 0},
-        {"Precio <= $12.50", 4, 0}, {"Precio > 1e1", 2, 0},
+        {"Precio > 7.2", 3, 0}, {"Precio <= $12.50", 4, 0}, {"Precio > 1e1", 2, 0},
         {"Precio = '12,5'", 1, 0},  // a quoted number reads by the regional settings
         {"Precio = Null", 1, 0}, {"Precio <> Null", 5, 0},
         {"Id = 1 OR Id = 2 or Id = 3", 3, 0}, {"(Id = 1 AND Activo <> 0) OR (Id = 2 AND Activo = 0)", 2, 0},
-        {"Id > 1 AND Id < 4 OR Id = 6", 3, 0}, {"((Id = 1))", 1, 0},
-        {"(Id = 1 OR Id = 2) OR Id = 3", 3, 0}, {"Activo <> 0", 2, 0},
-        {"Activo = -1", 2, 0},
+        {"Id > 1 AND Id < 4 OR Id = 6", 3, 0}, {"(Id = 1 OR Id = 2) OR Id = 3", 3, 0}, {"Activo <> 0", 2, 0},
         {"Fecha = #01/02/2003#", 1, 0},  // day first under es-ES
-        {"Fecha = #2003-01-02#", 2, 0}, {"Fecha > #1/1/2004#", 1, 0},
-        {"Fecha = '01/02/2003'", 1, 0}, {"[Fecha Entrega] < #2003-01-06#", 2, 0},
+        {"Fecha = #2003-01-02#", 2, 0}, {"Fecha = '01/02/2003'", 1, 0}, {"[Fecha Entrega] < #2003-01-06#", 2, 0},
         {"Nada = 1", -1, err::ItemNotFound},
         {"Notas = #x#", -1, err::SqlTypeMismatch},  // a long text compared with a #value#
     };
@@ -118,12 +112,8 @@ TEST(Filter, NestingIsBoundedAndTooDeepIsRefused) {
 
 TEST(Filter, DatesAndNumbersFollowTheRegionalSettings) {
     RegionalScope us(Regional::enUS());
-    runFilterTable({
-        {"Fecha = #01/02/2003#", 2, 0},  // month first under en-US
-        {"Fecha = #2003-02-01#", 1, 0},
-        {"Precio = '12,5'", 0, 0},       // 125 under en-US
-        {"Precio = '12.5'", 1, 0},
-    });
+    // Month first, and the comma a thousands mark ('12,5' is 125), under en-US.
+    runFilterTable({{"Fecha = #01/02/2003#", 2, 0}, {"Precio = '12,5'", 0, 0}, {"Precio = '12.5'", 1, 0}});
 }
 
 TEST(Filter, GroupValuesAndOtherKinds) {
@@ -173,13 +163,11 @@ TEST(Sort, KeysDirectionsAndTheOriginalOrder) {
     auto rs = people();
     const std::pair<const char*, std::vector<long>> cases[] = {
         {"Nombre", {2, 1, 6, 4, 3, 5}},  // case ignored; an accented initial after the plain letters
-        {"Nombre ASC", {2, 1, 6, 4, 3, 5}},
         {"Precio DESC", {4, 1, 5, 2, 6, 3}},  // Null last when descending
         {"Precio", {3, 2, 6, 5, 1, 4}},       // Null first when ascending
         {"Precio DESC, Nombre DESC", {4, 1, 5, 6, 2, 3}},
         {"Fecha, Id DESC", {3, 5, 6, 2, 1, 4}},
         {"Fecha Entrega DESC", {4, 1, 2, 5, 3, 6}},  // a bare name with a blank that names a field
-        {"[Fecha Entrega]", {3, 6, 5, 2, 1, 4}},
         {"fecha entrega", {3, 6, 5, 2, 1, 4}},
         {"", {1, 2, 3, 4, 5, 6}},
     };

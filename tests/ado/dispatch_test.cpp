@@ -62,13 +62,9 @@ TEST_F(AdoByName, RecordsetMembersAndTheirDefaults) {
     EXPECT_TRUE(get(rs, "ActiveConnection").isNothing());
 }
 
-TEST_F(AdoByName, ConnectionAndRecordsetAreCreatableAndRefuseUseUnopened) {
-    const ObjectPtr cn = Registry::global().create("Connection");
-    const ObjectPtr rs = Registry::global().create("Recordset");
-    EXPECT_EQ(get(cn, "State"), Variant(int32_t{0}));
-    EXPECT_EQ(get(rs, "State"), Variant(int32_t{0}));
-    EXPECT_EQ(errorOf([&] { call(cn, "BeginTrans"); }), err::ObjectClosed);
-    EXPECT_EQ(errorOf([&] { call(rs, "MoveFirst"); }), err::ObjectClosed);
+TEST_F(AdoByName, ConnectionAndRecordsetAreCreatable) {
+    EXPECT_EQ(get(Registry::global().create("Connection"), "State"), Variant(int32_t{0}));
+    EXPECT_EQ(get(Registry::global().create("Recordset"), "State"), Variant(int32_t{0}));
 }
 
 }  // namespace

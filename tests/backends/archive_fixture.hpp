@@ -62,12 +62,6 @@ struct CollectSink : backend::RowSink {
         rows.push_back(std::move(r));
         kinds.push_back(std::move(k));
     }
-    // The shown (not hidden) column index by name, or -1.
-    int col(const std::string& name) const {
-        for (size_t i = 0; i < cols.size(); ++i)
-            if (cols[i].name == name) return static_cast<int>(i);
-        return -1;
-    }
 };
 
 inline CollectSink run(backend::Session& s, std::string_view sql) {

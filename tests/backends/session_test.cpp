@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
-#include <fstream>
-#include <iterator>
 
 #include "archive_fixture.hpp"
 #include "platform/error.hpp"
 #include "sql/catalog.hpp"
+#include "sql/translator.hpp"
 
 namespace hist {
 namespace {
@@ -167,17 +166,6 @@ TEST_F(SqliteSession, ASecondSessionOpensAndReadsBesideAWriterButCannotWrite) {
     EXPECT_EQ(rows("SELECT Codigo FROM Articulos").size(), 2u);
 }
 
-TEST(SqliteSessionFile, AFileThatIsNotAnArchiveIsNamedAndLeftAlone) {
-    testing::TempArchive a;
-    const std::string text = "Presupuesto del laboratorio, no una base de datos.\n";
-    std::ofstream(a.path(), std::ios::binary) << text;
-    std::string desc;
-    EXPECT_NE(errorNumber([&] { backend::openSession(a.source()); }, &desc), 0);
-    EXPECT_NE(desc.find("'" + a.path() + "' is not an archive"), std::string::npos) << desc;
-    std::ifstream back(a.path(), std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), std::istreambuf_iterator<char>()), text);
-}
-
 TEST_F(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
     s->execute("INSERT INTO HFacturas (Numero) VALUES (1)");
     struct Case {
@@ -205,6 +193,20 @@ TEST_F(SqliteSession, EngineFailuresCarryTheProviderNumbers) {
         EXPECT_EQ(n, c.number) << c.sql;
         EXPECT_TRUE(desc.starts_with(c.starts)) << c.sql << " -> " << desc;
     }
+}
+
+// The translated euro conversion runs the engine's currency function: a value
+// rounded as the currency format rounds (its cases are the literals' test), Null kept.
+TEST_F(SqliteSession, EuroConversionDividesByTheRateAndRoundsAsCurrency) {
+    const auto write = [&](const std::string& jet) {
+        s->execute(sql::translate(jet, StatementKind::Write, Regional::esES()));
+    };
+    write("INSERT INTO HOrdenes (Numero, Base, Total) VALUES (1, 445.08255, 445.08255)");
+    write("INSERT INTO HOrdenes (Numero, Base, Total) VALUES (2, NULL, -20.79825)");
+    write("UPDATE  HOrdenes SET Base = Format([Base]/'166,386','Currency'), Total = "
+          "Format([Total]/'166,386','Currency');");
+    EXPECT_EQ(rows("SELECT Base, Total FROM HOrdenes ORDER BY Numero"),
+              (Rows{{"2.68", "2.68", "1"}, {"NULL", "-0.13", "2"}}));
 }
 
 }  // namespace

@@ -12,25 +12,17 @@ namespace {
 
 using testing::errorOf;
 
-TEST(HostObjectsTest, ControlKindsAndTheirDefaultProperty) {
-    struct Case {
-        ControlKind kind;
-        const char* name;
-        const char* defaultProperty;
-    };
-    const Case cases[] = {
-        {ControlKind::TextBox, "TextBox", "Text"},     {ControlKind::ComboBox, "ComboBox", "Text"},
-        {ControlKind::ListBox, "ListBox", "Text"},     {ControlKind::DataCombo, "DataCombo", "Text"},
-        {ControlKind::CheckBox, "CheckBox", "Value"},  {ControlKind::Other, "Other", "Value"},
-    };
-    for (const auto& c : cases) {
-        StandInControl ctl(c.kind);
-        EXPECT_TRUE(ctl.isKind(c.kind));
-        EXPECT_STREQ(controlKindName(c.kind), c.name);
-        EXPECT_EQ(controlKindFromName(c.name), c.kind);
-        EXPECT_EQ(ctl.defaultProperty(), c.defaultProperty);
+TEST(HostObjectsTest, DefaultPropertyAndPropertiesByName) {
+    const std::tuple<ControlKind, const char*, const char*> kinds[] = {
+        {ControlKind::TextBox, "TextBox", "Text"},    {ControlKind::ComboBox, "ComboBox", "Text"},
+        {ControlKind::ListBox, "ListBox", "Text"},    {ControlKind::DataCombo, "DataCombo", "Text"},
+        {ControlKind::CheckBox, "CheckBox", "Value"}, {ControlKind::Other, "Other", "Value"}};
+    for (const auto& [kind, name, property] : kinds) {
+        EXPECT_STREQ(controlKindName(kind), name);
+        EXPECT_EQ(controlKindFromName(name), kind);
+        EXPECT_EQ(StandInControl(kind).defaultProperty(), property) << name;
     }
-    EXPECT_EQ(controlKindFromName("checkbox"), ControlKind::CheckBox);
+    EXPECT_EQ(controlKindFromName("checkbox"), ControlKind::CheckBox) << "kind names ignore case";
     EXPECT_EQ(controlKindFromName("Slider"), std::nullopt);
 
     StandInControl box(ControlKind::CheckBox);
@@ -39,19 +31,14 @@ TEST(HostObjectsTest, ControlKindsAndTheirDefaultProperty) {
     EXPECT_EQ(box.value(), Variant(int32_t{1}));
     box.setDefaultProperty("Caption");
     EXPECT_EQ(box.value(), Variant(std::string("Cerrada")));
-}
 
-TEST(HostObjectsTest, PropertiesByNameAndTheOnesAControlLacks) {
     StandInControl t(ControlKind::TextBox);
-    t.define("DataField", Variant(std::string("Nombre")));
     t.define("Text", Variant(std::string("Ana")));
-    EXPECT_EQ(t.get("datafield"), Variant(std::string("Nombre"))) << "names ignore case";
     t.set("TEXT", Variant(std::string("Eva")));
-    EXPECT_EQ(t.value(), Variant(std::string("Eva")));
+    EXPECT_EQ(t.value(), Variant(std::string("Eva"))) << "names ignore case";
     EXPECT_EQ(errorOf([&] { t.get("BoundText"); }), err::NoSuchMember);
     EXPECT_EQ(errorOf([&] { t.set("Value", Variant(int32_t{1})); }), err::NoSuchMember);
     EXPECT_EQ(errorOf([&] { t.get("ListCount"); }), err::NoSuchMember) << "no list, no ListCount";
-    EXPECT_EQ(t.properties().size(), 2u);
 }
 
 TEST(HostObjectsTest, AListKeepsListIndexAndTextTogether) {
@@ -113,10 +100,7 @@ TEST(HostObjectsTest, DataMembersAndTheirChangeNotification) {
     auto owner = std::make_shared<StandInColumns>();
     DataMembers dm(owner.get());
     dm.Add("Primary");
-    EXPECT_EQ(dm.Count(), 1);
-    EXPECT_EQ(dm.Item(Variant(int32_t{1})), "Primary");
     EXPECT_EQ(dm.Item(Variant(std::string("primary"))), "Primary");
-    EXPECT_TRUE(dm.contains("Primary"));
     EXPECT_FALSE(dm.contains("primary")) << "the data member name compares exactly";
     EXPECT_EQ(errorOf([&] { dm.Item(Variant(int32_t{2})); }), err::SubscriptOutOfRange);
     dm.changed("Primary");
@@ -130,21 +114,17 @@ TEST(HostObjectsTest, DataMembersAndTheirChangeNotification) {
     EXPECT_EQ(seen[0].second, event::DataMemberChanged);
 }
 
-TEST(HostObjectsTest, TheBeepIsSilentByDefaultAndAlwaysCounted) {
+TEST(HostObjectsTest, TheBeepIsSilentByDefaultAndTheApplicationReplaceable) {
     Events::resetCounts();
-    Events::beep();
-    EXPECT_EQ(Events::count(event::Beep), 1);
     int sounds = 0;
     Events::setBeepSound([&] { ++sounds; });
     Events::beep();
     Events::setBeepSound(nullptr);
     Events::beep();
     EXPECT_EQ(sounds, 1);
-    EXPECT_EQ(Events::counts(), (std::map<std::string, int>{{"beep", 3}}));
+    EXPECT_EQ(Events::counts(), (std::map<std::string, int>{{"beep", 2}}));
     Events::resetCounts();
-}
 
-TEST(HostObjectsTest, TheApplicationObjectIsReplaceable) {
     auto app = std::make_shared<DefaultApplication>();
     app->setMajor(3);
     app->setPath("/opt/gestion/");
@@ -154,7 +134,6 @@ TEST(HostObjectsTest, TheApplicationObjectIsReplaceable) {
     Args none;
     EXPECT_EQ(call(applicationPtr(), "Major", none), Variant(int16_t{3})) << "the host reaches the one in force";
     setApplication(nullptr);
-    EXPECT_EQ(application().CompanyName(), "Laboratorio");
     EXPECT_EQ(application().Major(), 1);
 }
 

@@ -31,14 +31,12 @@ struct CStrCase {
 
 TEST(RuntimeCStr, TextFormsPerRegionalSettings) {
     const CStrCase cases[] = {
-        {1234.5, "1234,5", "1234.5"}, {-1234.5, "-1234,5", "-1234.5"}, {1234567.891, "1234567,891", "1234567.891"},
-        {0.1 + 0.2, "0,3", "0.3"}, {0.0009, "0,0009", "0.0009"}, {int16_t(-42), "-42", "-42"},
+        {-1234.5, "-1234,5", "-1234.5"}, {0.1 + 0.2, "0,3", "0.3"}, {0.0009, "0,0009", "0.0009"},
         {Variant::date(k22Nov2026), "22/11/2026", "11/22/2026"},
         {Variant::date(k22Nov2026 + k1430), "22/11/2026 14:30:00", "11/22/2026 2:30:00 PM"},
-        {Variant::date(k1430), "14:30:00", "2:30:00 PM"}, {Variant::date(k0905), "9:05:00", "9:05:00 AM"},
-        {Variant::date(0), "0:00:00", "12:00:00 AM"},
+        {Variant::date(k0905), "9:05:00", "9:05:00 AM"}, {Variant::date(0), "0:00:00", "12:00:00 AM"},
         {Variant::date(-49192.24), "24/04/1765 5:45:36", "4/24/1765 5:45:36 AM"},
-        {true, "True", "True"}, {false, "False", "False"}, {Variant(), "", ""}, {"texto", "texto", "texto"},
+        {true, "True", "True"}, {Variant(), "", ""}, {"texto", "texto", "texto"},
     };
     for (Loc loc : {Loc::es, Loc::en}) {
         RegionalScope scope(regionalOf(loc));
@@ -94,8 +92,6 @@ TEST(RuntimeCIntCLng, RoundHalfToEvenAndOverflowAfterRounding) {
 TEST(RuntimeCInt, OtherKindsAndTexts) {
     EXPECT_EQ(CInt(Variant()), 0);
     EXPECT_EQ(CInt(true), -1);
-    EXPECT_EQ(CInt(false), 0);
-    EXPECT_EQ(CInt(int32_t(300)), 300);
     EXPECT_EQ(errorOf([] { CInt(int32_t(40000)); }), err::Overflow);
     EXPECT_EQ(errorOf([] { CInt(""); }), err::TypeMismatch);
     EXPECT_EQ(errorOf([] { CInt(Variant::missing()); }), err::TypeMismatch);
@@ -120,10 +116,10 @@ TEST(RuntimeErrors, NumberSourceAndDescription) {
         long number;
         const char* description;
     } cases[] = {
-        {[&] { CInt(null); }, 94, "Invalid use of Null"},  {[&] { CLng(null); }, 94, "Invalid use of Null"},
-        {[&] { CDbl(null); }, 94, "Invalid use of Null"},  {[&] { CBool(null); }, 94, "Invalid use of Null"},
-        {[&] { CDate(null); }, 94, "Invalid use of Null"}, {[&] { CStr(null); }, 94, "Invalid use of Null"},
-        {[] { CInt("abc"); }, 13, "Type mismatch"},        {[] { CInt(40000.0); }, 6, "Overflow"},
+        {[&] { CLng(null); }, 94, "Invalid use of Null"}, {[&] { CDbl(null); }, 94, "Invalid use of Null"},
+        {[&] { CStr(null); }, 94, "Invalid use of Null"}, {[&] { CDate(null); }, 94, "Invalid use of Null"},
+        {[] { CInt("abc"); }, 13, "Type mismatch"},
+        {[] { CInt(40000.0); }, 6, "Overflow"},
     };
     for (const auto& c : cases) {
         try {
@@ -136,7 +132,8 @@ TEST(RuntimeErrors, NumberSourceAndDescription) {
         }
     }
     EXPECT_FALSE(IsNumeric(null));
-    EXPECT_FALSE(IsDate(null));
+    EXPECT_FALSE(IsNumeric(Variant::date(46348)));
+    EXPECT_TRUE(IsNumeric(Variant()));
     // The Variant-preserving conversions, used on entry to typed parameters (values and
     // failures are checked in the dispatch tests), let Null and Missing through.
     EXPECT_TRUE(toLong(Variant::missing()).isMissing());
@@ -208,16 +205,6 @@ TEST(RuntimeParseNumber, LaxReaderPerRegionalSettings) {
     }
 }
 
-TEST(RuntimeIsNumeric, NonTextKinds) {
-    EXPECT_TRUE(IsNumeric(Variant()));
-    EXPECT_EQ(CDbl(Variant()), 0);
-    EXPECT_TRUE(IsNumeric(int32_t(5)));
-    EXPECT_TRUE(IsNumeric(true));
-    EXPECT_FALSE(IsNumeric(Variant::date(46348)));
-    EXPECT_FALSE(IsNumeric(Variant::null()));
-    EXPECT_EQ(CDbl(Variant::date(46348.5)), 46348.5);
-}
-
 // ---- Val ----
 
 TEST(RuntimeVal, ReadsWithThePeriodInAnySettings) {
@@ -266,12 +253,9 @@ TEST(RuntimeCompare, KindsAgainstEachOther) {
 
 TEST(RuntimePrintText, ListingFormsPerRegionalSettings) {
     const CStrCase cases[] = {
-        {1234.5, " 1234,5 ", " 1234.5 "}, {int16_t(-7), "-7 ", "-7 "}, {-7.0, "-7 ", "-7 "}, {0.0, " 0 ", " 0 "},
-        {int16_t(1), " 1 ", " 1 "}, {int32_t(1), " 1 ", " 1 "},
-        {Variant::date(k22Nov2026), "22/11/2026", "11/22/2026"},
+        {1234.5, " 1234,5 ", " 1234.5 "}, {int16_t(-7), "-7 ", "-7 "}, {0.0, " 0 ", " 0 "},
         {Variant::date(k22Nov2026 + k1430), "22/11/2026 14:30:00", "11/22/2026 2:30:00 PM"},
-        {Variant::date(k1430), "14:30:00", "2:30:00 PM"}, {true, "True", "True"}, {false, "False", "False"},
-        {Variant::null(), "Null", "Null"}, {Variant(), "", ""}, {"<b>&\"", "<b>&\"", "<b>&\""},
+        {true, "True", "True"}, {Variant::null(), "Null", "Null"}, {Variant(), "", ""}, {"<b>&\"", "<b>&\"", "<b>&\""},
     };
     for (Loc loc : {Loc::es, Loc::en}) {
         RegionalScope scope(regionalOf(loc));
@@ -305,9 +289,7 @@ TEST(RuntimeClock, FixedClockAndTheSystemUser) {
     EXPECT_EQ(Clock::today(), k22Nov2026);
     EXPECT_NEAR(Clock::timeOfDay(), k1430, 1e-9);
     Clock::set(std::nullopt);
-    const double now = Clock::now();
-    EXPECT_GT(now, dateSerial(2020, 1, 1));
-    EXPECT_EQ(Clock::today(), std::floor(Clock::today()));
+    EXPECT_GT(Clock::now(), dateSerial(2020, 1, 1));
 
     CurrentUser::set(std::nullopt);
     EXPECT_FALSE(CurrentUser::name().empty()) << "the system's user when none is fixed";
