@@ -17,7 +17,7 @@ void malformed(const std::string& what) {
 
 void ObjectNames::bind(const std::string& name, ObjectPtr obj) {
     release(name);
-    if (obj && !byObject_.count(obj.get())) byObject_[obj.get()] = name;
+    if (obj) byObject_[obj.get()].push_back(name);
     byName_[name] = std::move(obj);
 }
 
@@ -27,12 +27,12 @@ ObjectPtr ObjectNames::find(const std::string& name) const {
 }
 
 std::string ObjectNames::nameOf(const ObjectPtr& obj) {
-    if (auto it = byObject_.find(obj.get()); it != byObject_.end()) return it->second;
+    if (auto it = byObject_.find(obj.get()); it != byObject_.end() && !it->second.empty()) return it->second.front();
     std::string name;
     do name = "r" + std::to_string(next_++);
     while (byName_.count(name));
     byName_[name] = obj;
-    byObject_[obj.get()] = name;
+    byObject_[obj.get()].push_back(name);
     return name;
 }
 
@@ -40,15 +40,11 @@ bool ObjectNames::release(const std::string& name) {
     auto it = byName_.find(name);
     if (it == byName_.end()) return false;
     if (it->second) {
+        // Another name of the same object, the oldest, becomes its name.
         auto ob = byObject_.find(it->second.get());
-        if (ob != byObject_.end() && ob->second == name) {
-            byObject_.erase(ob);
-            // Another name of the same object becomes its name.
-            for (const auto& [n, o] : byName_)
-                if (o == it->second && n != name) {
-                    byObject_[o.get()] = n;
-                    break;
-                }
+        if (ob != byObject_.end()) {
+            std::erase(ob->second, name);
+            if (ob->second.empty()) byObject_.erase(ob);
         }
     }
     byName_.erase(it);

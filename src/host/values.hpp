@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -29,7 +30,8 @@ public:
 
 private:
     std::unordered_map<std::string, ObjectPtr> byName_;
-    std::unordered_map<const Object*, std::string> byObject_;
+    // Every name of an object, its first name first: releasing one never walks all names.
+    std::unordered_map<const Object*, std::vector<std::string>> byObject_;
     long next_ = 1;
 };
 

@@ -14,6 +14,24 @@ std::string foldKey(const std::string& key) { return text::fold(key); }
 bool given(const Variant& v) { return !v.isMissing() && !v.isEmpty(); }
 }  // namespace
 
+Collection::~Collection() {
+    std::vector<Variant> pending;
+    for (Entry& e : items_) pending.push_back(std::move(e.value));
+    items_.clear();
+    while (!pending.empty()) {
+        Variant v = std::move(pending.back());
+        pending.pop_back();
+        if (!v.isObject()) continue;
+        ObjectPtr o = v.asObject();
+        v = Variant();
+        // The last holder of a nested collection hands its items over before it goes.
+        if (auto* c = dynamic_cast<Collection*>(o.get()); c && o.use_count() == 1) {
+            for (Entry& e : c->items_) pending.push_back(std::move(e.value));
+            c->items_.clear();
+        }
+    }
+}
+
 size_t Collection::positionOf(const Variant& index) const {
     if (index.isString()) {
         const std::string folded = foldKey(index.asString());

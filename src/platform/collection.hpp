@@ -24,6 +24,10 @@ public:
     // `after` designates (a position or a key; at most one of them), else at the end.
     void Add(const Variant& item, const Variant& key = Variant::missing(),
              const Variant& before = Variant::missing(), const Variant& after = Variant::missing());
+    // Frees nested collections one after another rather than one inside another, so a
+    // chain of any length built by a host cannot exhaust the stack when it goes.
+    ~Collection() override;
+
     int32_t Count() const { return static_cast<int32_t>(items_.size()); }
     // By position (1-based) or by key.
     Variant Item(const Variant& index) const;

@@ -203,6 +203,23 @@ TEST_F(SessionTest, NewWithoutANameReturnsARefAndACollectionHoldingItselfIsAnswe
 
 // Lines a hostile client may send: numbers beyond a double, values and requests
 // nested without end. Each gets error 5 and the session serves the next line.
+TEST(ObjectNamesTest, AnObjectKeepsItsOldestNameAsNamesAreReleased) {
+    host::ObjectNames names;
+    auto obj = std::make_shared<Collection>();
+    names.bind("a", obj);
+    names.bind("b", obj);
+    names.bind("c", obj);
+    EXPECT_EQ(names.nameOf(obj), "a");
+    EXPECT_TRUE(names.release("a"));
+    EXPECT_EQ(names.nameOf(obj), "b");
+    names.release("c");
+    names.release("b");
+    EXPECT_FALSE(names.release("b"));
+    const std::string generated = names.nameOf(obj);
+    EXPECT_EQ(generated.front(), 'r');
+    EXPECT_EQ(names.find(generated), obj);
+}
+
 TEST_F(SessionTest, ARecordClassListsItsStatementTemplates) {
     const Json a = ask(R"({"id":1,"templates":"ClsOrdenesComentarios"})");
     ASSERT_EQ(a["ok"], true) << a.dump();

@@ -38,6 +38,20 @@ TEST(CollectionTest, AddPlacesItemsAtTheEndOrBeforeAndAfterRemoveFreesTheKey) {
     EXPECT_EQ(c.Item(S("AÑO")), L(10)) << "keys fold case beyond ASCII";
 }
 
+TEST(CollectionTest, AChainOfNestedCollectionsOfAnyLengthIsFreed) {
+    // Each collection holds the one before: freed one inside another, 300,000 levels
+    // would exhaust the stack.
+    auto chain = std::make_shared<Collection>();
+    for (int i = 0; i < 300000; ++i) {
+        auto next = std::make_shared<Collection>();
+        next->Add(Variant(ObjectPtr(chain)));
+        chain = next;
+    }
+    std::weak_ptr<Collection> watch = chain;
+    chain.reset();
+    EXPECT_TRUE(watch.expired());
+}
+
 TEST(CollectionTest, FailuresCarryTheRuntimeNumbers) {
     Collection c;
     c.Add(S("x"), S("k"));
