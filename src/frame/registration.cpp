@@ -87,10 +87,11 @@ const MemberTable& frameMembers() {
         {"ExistenRegistros",
          [](B& b) { b.method("ExistenRegistros", {}, &RecordClass::ExistenRegistros); }},
         {"FindRecord",
-         [](B& b) {
+         {[](B& b) {
              b.method("FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))},
                       &RecordClass::FindRecord);
-         }},
+         },
+         {in("Criteria", PT::String)}}},
         {"GetFilter",
          [](B& b) {
              b.method("GetFilter", {in("sLlave", PT::String)}, &RecordClass::GetFilter);
@@ -169,12 +170,10 @@ bool addMemberFrom(const MemberTable& table, ClassInfo& info, std::string_view n
     if (it == table.end()) return false;
     ClassInfo common(info.name(), {});
     B b(common);
-    it->second(b);
+    it->second.add(b);
     const Member& m = common.members().front();
-    // FindRecord takes Index only in the classes that declare it.
-    static const std::vector<Param> findByCriteria{in("Criteria", PT::String)};
     const std::vector<Param>* declared = v.signatureOf(name);
-    if (!declared && name == "FindRecord") declared = &findByCriteria;
+    if (!declared && !it->second.common.empty()) declared = &it->second.common;
     if (declared) info.add(withSignature(m, *declared));
     else info.add(m);
     return true;

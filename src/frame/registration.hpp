@@ -29,7 +29,16 @@ using InterfaceList = std::span<const std::string_view>;
 
 // Shared members by name: each defines the member with every argument it can take.
 using MemberAdder = void (*)(ClassBuilder<RecordClass>&);
-using MemberTable = std::map<std::string, MemberAdder, std::less<>>;
+struct SharedMember {
+    // From a captureless lambda, so a table reads as {name, [](B& b) {...}}.
+    template <class F>
+    SharedMember(F a, std::vector<Param> c = {}) : add(a), common(std::move(c)) {}  // NOLINT
+    MemberAdder add;
+    // The common interface's argument list where it takes fewer than the member can
+    // (FindRecord's Index belongs to the classes that declare it); empty: all of them.
+    std::vector<Param> common;
+};
+using MemberTable = std::map<std::string, SharedMember, std::less<>>;
 
 // The frame's members (navigation, editing, statements, saved views, ...).
 const MemberTable& frameMembers();
