@@ -24,12 +24,6 @@ namespace hist::host {
 
 namespace {
 
-bool holdsNoRows(const std::string& path) {
-    for (const sample::TableCount& t : sample::countRows(path))
-        if (t.rows > 0) return false;
-    return true;
-}
-
 // The newest document that has comments: its number and date, from its comment table.
 struct Newest {
     Variant numero;
@@ -117,7 +111,9 @@ int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostrea
         // A missing archive, or one without rows (as the host leaves it when it runs
         // first), gets the sample; an archive with any row is shown as it is.
         const bool missing = !std::filesystem::exists(path);
-        if (missing || holdsNoRows(path)) {
+        // An existing file must be an archive: refused here, by name, before anything reads it.
+        if (!missing) backend::openSession(cfg.dataSource(4));
+        if (missing || !sample::holdsRows(path)) {
             if (missing) std::filesystem::create_directories(std::filesystem::path(path).parent_path());
             out << (missing ? "Creating the sample archive " : "Filling the empty archive ") << path
                 << " with the sample (" << o.orders << " work orders)...\n";
@@ -126,8 +122,6 @@ int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostrea
             so.seed = o.seed;
             sample::generate(path, so);
         }
-        // An existing file must be an archive: refused here, by name, before anything reads it.
-        backend::openSession(cfg.dataSource(4));
         sample::summary(path, out);
 
         // Each document kind's comment class, opened on its newest commented document.

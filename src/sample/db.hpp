@@ -46,10 +46,11 @@ public:
         sqlite3_finalize(s);
         return out;
     }
-    long long count(const std::string& table) {
+    // The first column of the first row of a selection, as a whole number.
+    long long scalar(const std::string& sql) {
         sqlite3_stmt* s = nullptr;
         long long n = 0;
-        if (sqlite3_prepare_v2(db_, ("SELECT COUNT(*) FROM " + table).c_str(), -1, &s, nullptr) != SQLITE_OK) {
+        if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr) != SQLITE_OK) {
             std::string m = sqlite3_errmsg(db_);
             sqlite3_finalize(s);
             throw hist::Error(err::InvalidCall, kSource, path_ + ": " + m);
@@ -61,6 +62,7 @@ public:
         if (rc != SQLITE_ROW) throw hist::Error(err::InvalidCall, kSource, path_ + ": " + m);
         return n;
     }
+    long long count(const std::string& table) { return scalar("SELECT COUNT(*) FROM " + table); }
 
 private:
     std::string path_;

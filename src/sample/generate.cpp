@@ -586,6 +586,13 @@ Result generate(const std::string& dbPath, const Options& opt) {
     return res;
 }
 
+bool holdsRows(const std::string& dbPath) {
+    Db db(dbPath);
+    for (const sql::Table& t : sql::catalog().tables())
+        if (db.scalar("SELECT EXISTS (SELECT 1 FROM " + t.name + ")")) return true;
+    return false;
+}
+
 std::vector<TableCount> countRows(const std::string& dbPath) {
     Db db(dbPath);
     std::vector<TableCount> out;

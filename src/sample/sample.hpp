@@ -55,6 +55,10 @@ struct Result {
 // tables, and `orders` at most kMaxOrders. Throws hist::Error on failure.
 Result generate(const std::string& dbPath, const Options& opt);
 
+// Whether any catalog table of the archive at dbPath holds a row (one look per table,
+// no counting).
+bool holdsRows(const std::string& dbPath);
+
 // Rows per catalog table of the archive at dbPath (in catalog order).
 std::vector<TableCount> countRows(const std::string& dbPath);
 
