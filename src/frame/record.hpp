@@ -32,6 +32,11 @@ inline constexpr int kBase = 4;
 
 class MoveRelay;
 
+// What a reading member does when the field it reads into a typed argument is Null:
+// Keep leaves the argument as it was, Empty writes the type's empty value ("", 0,
+// False, 0:00:00), Fail raises 94 as assigning Null to a typed variable does.
+enum class OnNull : uint8_t { Keep, Empty, Fail };
+
 class RecordClass : public Object {
 public:
     explicit RecordClass(const ClassVariants& variants);
@@ -120,8 +125,17 @@ protected:
     // A reading member: a new local recordset opened on sql with the connection as
     // it came (unset included).
     static RsPtr open(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
-    // Copies a field into a text argument unless the field is Null.
-    static void copyIfNotNull(ado::Recordset& rs, std::string_view field, std::string& target);
+    // Reads a field into a typed argument (see OnNull). A non-Null value goes through
+    // the runtime's conversion for the argument's type, so a text that is no number
+    // fails 13 and a number out of range 6.
+    static void readField(ado::Recordset& rs, std::string_view field, std::string& target, OnNull rule);
+    static void readField(ado::Recordset& rs, std::string_view field, int16_t& target, OnNull rule);
+    static void readField(ado::Recordset& rs, std::string_view field, int32_t& target, OnNull rule);
+    static void readField(ado::Recordset& rs, std::string_view field, double& target, OnNull rule);
+    static void readField(ado::Recordset& rs, std::string_view field, bool& target, OnNull rule);
+    static void readField(ado::Recordset& rs, std::string_view field, DateValue& target, OnNull rule);
+    // A Variant argument takes the field as it is, Null included, unless the rule keeps it.
+    static void readField(ado::Recordset& rs, std::string_view field, Variant& target, OnNull rule);
     static bool bofAndEof(ado::Recordset& rs);
     // The runtime's sum of a value and a whole number (a Long while it fits).
     static Variant plus(const Variant& v, int32_t n);

@@ -76,9 +76,47 @@ RsPtr RecordClass::open(const Statement& sql, ConnPtr& objCn, int iBase) {
     return r;
 }
 
-void RecordClass::copyIfNotNull(ado::Recordset& r, std::string_view field, std::string& target) {
+
+namespace {
+
+// The conversion of a field's value into a typed argument, Null by the rule.
+template <class T, class Convert>
+void readTyped(ado::Recordset& r, std::string_view field, T& target, OnNull rule, Convert convert) {
     const Variant value = r.value(field);
-    if (!value.isNull()) target = rt::CStr(value);
+    if (value.isNull()) {
+        switch (rule) {
+            case OnNull::Keep: return;
+            case OnNull::Empty: target = T{}; return;
+            case OnNull::Fail: raise(err::InvalidUseOfNull, err::SrcRuntime);
+        }
+    }
+    target = convert(value);
+}
+
+}  // namespace
+
+void RecordClass::readField(ado::Recordset& r, std::string_view field, std::string& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return rt::CStr(v); });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, int16_t& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return rt::CInt(v); });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, int32_t& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return rt::CLng(v); });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, double& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return rt::CDbl(v); });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, bool& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return rt::CBool(v); });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, DateValue& target, OnNull rule) {
+    readTyped(r, field, target, rule, [](const Variant& v) { return DateValue{rt::CDate(v)}; });
+}
+void RecordClass::readField(ado::Recordset& r, std::string_view field, Variant& target, OnNull rule) {
+    const Variant value = r.value(field);
+    if (value.isNull() && rule == OnNull::Keep) return;
+    target = value;
 }
 
 bool RecordClass::bofAndEof(ado::Recordset& r) { return r.Bof() && r.Eof(); }

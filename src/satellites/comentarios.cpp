@@ -146,8 +146,8 @@ void ClsOrdenesComentarios::Obtener(const Variant& vId, std::string& sComent, st
     // Of several comments of an order, the last one is read.
     if (!r->Bof() && !r->Eof()) {
         r->MoveLast();
-        copyIfNotNull(*r, "Comentarios", sComent);
-        copyIfNotNull(*r, "Descripcion", sDescripcion);
+        readField(*r, "Comentarios", sComent, OnNull::Keep);
+        readField(*r, "Descripcion", sDescripcion, OnNull::Keep);
     }
 }
 
@@ -165,7 +165,7 @@ void DocumentComments::Insertar(const Variant& vCodigo, std::string& sComent, Da
 void DocumentComments::Obtener(const Variant& vId, std::string& sComentarios, ConnPtr& objCn) {
     RsPtr r = open(fill(kObtenerDocumento, {{"vId", vId}}), objCn);
     // Of several comments of a document, the first one is read.
-    if (recordCount(*r) > 0) copyIfNotNull(*r, "Comentarios", sComentarios);
+    if (recordCount(*r) > 0) readField(*r, "Comentarios", sComentarios, OnNull::Keep);
 }
 
 ClsPedidosCliComent::ClsPedidosCliComent() : DocumentComments(kPedidos) {}
