@@ -1,5 +1,5 @@
 // The four comment classes on a real archive (their statements are the tables of
-// data/, run by class_tables_test): the opening forms;
+// tests/classes/data/, run by class_tables_test): the opening forms;
 // navigation; editing and renumbering; transactions across classes. Then the
 // published interface: argument shapes, members of other classes unreachable, and the
 // data-source members callable but unlisted.
