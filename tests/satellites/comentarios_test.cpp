@@ -299,8 +299,7 @@ TEST_F(CommentInterface, ArgumentShapesFollowTheClassVariants) {
         const char* member;
         std::vector<std::string> params;
     };
-    // Where the document classes' lists differ from the orders' (the common members
-    // are called by position in the class tables).
+    // Names only a call by name shows: the class tables call by position.
     const ShapeCase cases[] = {
         {"ClsOrdenesComentarios", "NuevoCodigo", {"vCod", "objCn"}},
         {"ClsPedidosCliComent", "NuevoCodigo", {"objCn"}},
@@ -308,7 +307,11 @@ TEST_F(CommentInterface, ArgumentShapesFollowTheClassVariants) {
         {"ClsFacturasComentarios", "DeleteAll", {"vId", "cnnActive"}},
         {"ClsOrdenesComentarios", "Insertar", {"vCodigo", "sComent", "sDescripcion", "dtFecha", "objCn"}},
         {"ClsAlbaranesComentarios", "Insertar", {"vCodigo", "sComent", "dtFecha", "objCn"}},
+        {"ClsOrdenesComentarios", "Obtener", {"vId", "sComent", "sDescripcion", "objCn"}},
         {"ClsPedidosCliComent", "Obtener", {"vId", "sComentarios", "objCn"}},
+        {"ClsAlbaranesComentarios", "IniciaRs", {"cnnActive", "sSelecSql", "id", "dtFecha"}},
+        {"ClsFacturasComentarios", "FindRecord", {"Criteria"}},
+        {"ClsFacturasComentarios", "UpdateId", {"vId", "dFecha"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.cls) + "." + c.member);
