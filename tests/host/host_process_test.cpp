@@ -198,16 +198,12 @@ TEST(HostProcessTest, ByReferenceArgumentsOfARecordClass) {
     ASSERT_EQ(open["sql"].size(), 1u);
     EXPECT_EQ(open["sql"][0]["conn"], conn) << "the statement ran on the connection handed back";
 
-    // The connection keeps its name: GetConnection returns the same object.
-    EXPECT_EQ(askJson(h, R"({"id":3,"call":"o.GetConnection"})")["result"]["ref"], conn);
-    EXPECT_EQ(askJson(h, R"({"id":4,"call":"o.GetConnection"})")["result"]["ref"], conn);
+    EXPECT_EQ(askJson(h, R"({"id":3,"call":"o.GetConnection"})")["result"]["ref"], conn);  // keeps its name
 
     // The bound grid's way to the recordset; a name in another case leaves the data alone.
     json dm = askJson(h, R"({"id":5,"call":"o.Class_GetDataMember","args":["Primary",{"empty":true}]})");
     ASSERT_TRUE(dm["args"][1].contains("ref")) << dm.dump();
     const std::string rs = dm["args"][1]["ref"];
-    json again = askJson(h, R"({"id":6,"call":"o.Class_GetDataMember","args":["Primary",{"empty":true}]})");
-    EXPECT_EQ(again["args"][1]["ref"], rs);
     json lower = askJson(h, R"({"id":7,"call":"o.Class_GetDataMember","args":["primary",{"empty":true}]})");
     EXPECT_EQ(lower["args"][1], json::parse(R"({"empty":true})"));
 
@@ -228,18 +224,6 @@ TEST(HostProcessTest, ByReferenceArgumentsOfARecordClass) {
     EXPECT_EQ(update["sql"][0]["conn"], conn);
     json q = askJson(h, R"({"id":26,"query":"SELECT Comentarios FROM HOrdenes_Comentarios WHERE Id = 1"})");
     EXPECT_EQ(q["rows"], json::parse(R"([["adios"]])"));
-    // Past the last row: the cursor stays and the beep is counted, with the two moves
-    // (off the end, back to the last row) that the recordset completed.
-    json past = askJson(h, R"({"id":27,"call":"o.MoveNext"})");
-    EXPECT_EQ(past["events"]["beep"], 1) << past.dump();
-    EXPECT_EQ(past["events"]["MoveComplete"], 2) << past.dump();
-
-    json members = askJson(h, R"({"id":8,"members":"ClsOrdenesComentarios"})");
-    ASSERT_EQ(members["ok"], true);
-    for (const auto& m : members["members"]) {
-        EXPECT_NE(m, "Class_GetDataMember");
-        EXPECT_NE(m, "DataMembers");
-    }
     EXPECT_EQ(h.wait(), 0);
 }
 
