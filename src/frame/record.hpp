@@ -138,6 +138,9 @@ protected:
     // A reading member: a new local recordset opened on sql with the connection as
     // it came (unset included).
     static RsPtr open(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
+    // The same, left on its last row (of several rows the last one is read), or null
+    // when it is at BOF or EOF.
+    static RsPtr openAtLastRow(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
     // Reads a field into a typed argument (see OnNull). A non-Null value goes through
     // the runtime's conversion for the argument's type, so a text that is no number
     // fails 13 and a number out of range 6.

@@ -105,6 +105,12 @@ RsPtr RecordClass::open(const Statement& sql, ConnPtr& objCn, int iBase) {
     return r;
 }
 
+RsPtr RecordClass::openAtLastRow(const Statement& sql, ConnPtr& objCn, int iBase) {
+    RsPtr r = open(sql, objCn, iBase);
+    if (r->Bof() || r->Eof()) return nullptr;
+    r->MoveLast();
+    return r;
+}
 
 namespace {
 
