@@ -164,9 +164,11 @@ std::vector<std::pair<std::string, std::string>> ClassVariants::templates() cons
     auto add = [&](std::string name, const Template& t) {
         if (!t.empty()) out.emplace_back(std::move(name), t.withTable(table));
     };
-    add("NuevoCodigo", nuevoCodigo);
+    add(std::string(nuevoCodigoForm), nuevoCodigo);
     add("DeleteAll", deleteAll);
     add("ConvertirSerie", convertirSerie);
+    add("ObtenerCol", obtenerCol);
+    add("CodigoLibre", codigoLibre);
     for (const NamedStatement& s : statements) add(std::string(s.name), s.text);
     return out;
 }

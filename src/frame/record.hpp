@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "frame/services/data_service.hpp"
 #include "frame/statement.hpp"
 #include "frame/variants.hpp"
+#include "platform/collection.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/object.hpp"
 #include "platform/variant.hpp"
@@ -67,6 +69,7 @@ public:
     void MoveToBookmark(Variant& mybookmark);
     void Update();
     void Cancel();
+    void CancelBatch();
     void MoveFirst();
     void MoveLast();
     void MoveNext();
@@ -88,6 +91,15 @@ public:
     void ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
                         ConnPtr& cnnActive);
     void UpdateId(Variant& vId, DateValue& dFecha);
+    // The current row alone given to the parent vId (AffectCurrentForm), then Update.
+    void UpdateadAffectCurrent(Variant& vId);
+    // True when no row answers the class's CodigoLibre selection for vId.
+    bool CodigoLibre(Variant& vId, ConnPtr& objCn);
+    // The "ID" of each row of the class's ObtenerCol selection, no key; no object when
+    // it has no rows.
+    std::shared_ptr<Collection> ObtenerCol(Variant& vId, DateValue& dtFecha, ConnPtr& objCn);
+    // The same over the primary recordset as it stands; the cursor is left at EOF.
+    std::shared_ptr<Collection> ObtenerColRs();
 
     // ---- saved filters and orders (saved_views.cpp) ----
     std::string GetFilter(const std::string& sLlave);
@@ -119,12 +131,16 @@ protected:
     std::string table() const { return std::string(v_.table); }
     // A template of the class filled with values ({table} is the class's table).
     Statement fill(const Template& t, HoleValues values) const { return t.fill(values, v_.table); }
+    Statement fill(const Template& t, std::span<const HoleValue> values) const { return t.fill(values, v_.table); }
     // The optional-connection rule of a writing member: fill an unset argument from
     // GetConexion(iBase, no object, 0), then run the statement on it.
     static void execute(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
     // A reading member: a new local recordset opened on sql with the connection as
     // it came (unset included).
     static RsPtr open(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
+    // The same, left on its last row (of several rows the last one is read), or null
+    // when it is at BOF or EOF.
+    static RsPtr openAtLastRow(const Statement& sql, ConnPtr& objCn, int iBase = kBase);
     // Reads a field into a typed argument (see OnNull). A non-Null value goes through
     // the runtime's conversion for the argument's type, so a text that is no number
     // fails 13 and a number out of range 6.
@@ -147,6 +163,11 @@ protected:
 private:
     void restoreSavedOrder(const std::string& key);
     Variant defaultValue(ValueSource source);
+    // The value a FieldDefault, UpdateId or UpdateadAffectCurrent writes: the sources
+    // that need the parent vId, a constant or the clock, else defaultValue.
+    Variant sourcedValue(ValueSource source, const Variant& vId, const Variant& constant = {});
+    // Every row's "ID" from the first to EOF, or no object when there is none.
+    static std::shared_ptr<Collection> collectIds(ado::Recordset& r);
     void attachEvents();
     void detachEvents();
     void ensureConnection();

@@ -4,6 +4,7 @@
 
 #include "ado/connection.hpp"
 #include "ado/recordset.hpp"
+#include "platform/clock.hpp"
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
@@ -84,16 +85,42 @@ Variant RecordClass::defaultValue(ValueSource source) {
         }
         case ValueSource::RecordCount:
         case ValueSource::Counter:
+        case ValueSource::NuevoCodigoOfId:
+        case ValueSource::NuevoCodigoOfIdAlone:
+        case ValueSource::Constant:
+        case ValueSource::TimeOfDay:
+        case ValueSource::TodayShortDate:
             break;
     }
     return Variant(recordCount(rs()));
+}
+
+Variant RecordClass::sourcedValue(ValueSource source, const Variant& vId, const Variant& constant) {
+    switch (source) {
+        case ValueSource::NuevoCodigoOfId: {
+            ConnPtr cn = GetConnection();
+            return NuevoCodigo(vId, cn);
+        }
+        case ValueSource::NuevoCodigoOfIdAlone: {
+            ConnPtr none;
+            return NuevoCodigo(vId, none);
+        }
+        case ValueSource::Constant:
+            return constant;
+        case ValueSource::TimeOfDay:
+            return Variant(DateValue{Clock::timeOfDay()});
+        case ValueSource::TodayShortDate:
+            return Variant(rt::Format(Variant(DateValue{Clock::today()}), "Short Date"));
+        default:
+            return defaultValue(source);
+    }
 }
 
 void RecordClass::AddNew(bool& bDefVal) {
     auto& r = rs();
     r.AddNew();
     if (!bDefVal) return;
-    for (const FieldDefault& d : v_.addNewDefaults) r.setValue(d.field, defaultValue(d.source));
+    for (const FieldDefault& d : v_.addNewDefaults) r.setValue(d.field, sourcedValue(d.source, Variant(), d.constant));
 }
 
 void RecordClass::Update() {
@@ -108,10 +135,15 @@ void RecordClass::Delete() {
             rs().Delete(kAffectCurrent);
             rs().UpdateBatch(kAffectAll);
             break;
+        case DeleteForm::Plain:
+            rs().Delete(kAffectCurrent);
+            break;
     }
 }
 
 void RecordClass::Cancel() { rs().CancelUpdate(); }
+
+void RecordClass::CancelBatch() { rs().CancelBatch(kAffectAll); }
 
 void RecordClass::CnnBeginTrans() {
     ensureConnection();

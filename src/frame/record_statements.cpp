@@ -49,11 +49,12 @@ void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {
     auto& r = rs();
     if (bofAndEof(r)) return;
     const UpdateIdForm& f = v_.updateId;
+    if (f.countGuard && recordCount(r) == 0) return;
     r.MoveFirst();
     int16_t counter = 1;
     while (!r.Eof()) {
         r.setValue(f.parent, vId);
-        r.setValue("ID", f.key == ValueSource::Counter ? Variant(counter) : defaultValue(f.key));
+        r.setValue("ID", f.key == ValueSource::Counter ? Variant(counter) : sourcedValue(f.key, vId));
         if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
         r.Update();
         r.MoveNext();
@@ -62,6 +63,34 @@ void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {
     }
     if (f.moveFirstAfter) r.MoveFirst();
 }
+
+void RecordClass::UpdateadAffectCurrent(Variant& vId) {
+    auto& r = rs();
+    const AffectCurrentForm& f = v_.affectCurrent;
+    r.setValue(f.parent, vId);
+    r.setValue("ID", f.key == ValueSource::Counter ? Variant(int16_t{1}) : sourcedValue(f.key, vId));
+    r.Update();
+}
+
+bool RecordClass::CodigoLibre(Variant& vId, ConnPtr& objCn) {
+    RsPtr r = open(fill(v_.codigoLibre, {{"vId", vId}}), objCn);
+    return recordCount(*r) < 1;
+}
+
+std::shared_ptr<Collection> RecordClass::collectIds(ado::Recordset& r) {
+    if (bofAndEof(r)) return nullptr;
+    auto ids = std::make_shared<Collection>();
+    r.MoveFirst();
+    for (; !r.Eof(); r.MoveNext()) ids->Add(r.value("ID"));
+    return ids;
+}
+
+std::shared_ptr<Collection> RecordClass::ObtenerCol(Variant& vId, DateValue& dtFecha, ConnPtr& objCn) {
+    RsPtr r = open(fill(v_.obtenerCol, {{"vId", vId}, {"dtFecha", Variant(dtFecha)}}), objCn, v_.obtenerColBase);
+    return collectIds(*r);
+}
+
+std::shared_ptr<Collection> RecordClass::ObtenerColRs() { return collectIds(rs()); }
 
 // ------------------------------------------------------------ helpers for class members
 
@@ -76,6 +105,12 @@ RsPtr RecordClass::open(const Statement& sql, ConnPtr& objCn, int iBase) {
     return r;
 }
 
+RsPtr RecordClass::openAtLastRow(const Statement& sql, ConnPtr& objCn, int iBase) {
+    RsPtr r = open(sql, objCn, iBase);
+    if (r->Bof() || r->Eof()) return nullptr;
+    r->MoveLast();
+    return r;
+}
 
 namespace {
 

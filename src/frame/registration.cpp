@@ -79,6 +79,17 @@ const MemberTable& frameMembers() {
         {"CnnRollbackTrans",
          [](B& b) { b.method("CnnRollbackTrans", {}, &RecordClass::CnnRollbackTrans); }},
         {"Cancel", [](B& b) { b.method("Cancel", {}, &RecordClass::Cancel); }},
+        {"CancelBatch", [](B& b) { b.method("CancelBatch", {}, &RecordClass::CancelBatch); }},
+        {"UpdateadAffectCurrent",
+         [](B& b) { b.method("UpdateadAffectCurrent", {inout("vId")}, &RecordClass::UpdateadAffectCurrent); }},
+        {"CodigoLibre",
+         [](B& b) { b.method("CodigoLibre", {inout("vId"), optObj("objCn")}, &RecordClass::CodigoLibre); }},
+        {"ObtenerCol",
+         [](B& b) {
+             b.method("ObtenerCol", {inout("vId"), inout("dtFecha", PT::Date), optObj("objCn")},
+                      &RecordClass::ObtenerCol);
+         }},
+        {"ObtenerColRs", [](B& b) { b.method("ObtenerColRs", {}, &RecordClass::ObtenerColRs); }},
         {"MoveFirst", [](B& b) { b.method("MoveFirst", {}, &RecordClass::MoveFirst); }},
         {"MoveLast", [](B& b) { b.method("MoveLast", {}, &RecordClass::MoveLast); }},
         {"MoveNext", [](B& b) { b.method("MoveNext", {}, &RecordClass::MoveNext); }},

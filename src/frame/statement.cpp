@@ -131,6 +131,10 @@ std::string holeText(std::string_view kind, const Variant& v) {
 }
 
 Statement Template::fill(HoleValues values, std::string_view table) const {
+    return fill(std::span<const HoleValue>(values.begin(), values.size()), table);
+}
+
+Statement Template::fill(std::span<const HoleValue> values, std::string_view table) const {
     const std::vector<Hole> holes = holesOf(text_);
     std::string out;
     out.reserve(text_.size() + 64);

@@ -27,6 +27,7 @@
 // literal and pass, as the engine reads them.
 #include <initializer_list>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -78,6 +79,8 @@ public:
     // offer every template the same values). A value that would change the
     // statement's shape is the provider's syntax error (-2147217900).
     Statement fill(HoleValues values, std::string_view table = {}) const;
+    // The same with values gathered at run time (a member with a run of like arguments).
+    Statement fill(std::span<const HoleValue> values, std::string_view table = {}) const;
 
     // The text with {table} replaced and the value holes left as they are.
     std::string withTable(std::string_view table) const;

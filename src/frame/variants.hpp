@@ -49,12 +49,18 @@ enum class ValueSource : uint8_t {
     RecordCount,            // the recordset's RecordCount (a temporary row number)
     NuevoCodigoPlusCount,   // NuevoCodigo(GetConnection) + RecordCount
     Counter,                // a 16-bit counter from 1 (UpdateId)
+    NuevoCodigoOfId,        // NuevoCodigo(vId, GetConnection), asked anew at each use
+    NuevoCodigoOfIdAlone,   // NuevoCodigo(vId) with no connection (the call opens its own)
+    Constant,               // the FieldDefault's constant
+    TimeOfDay,              // the clock's present time of day
+    TodayShortDate,         // today's date as "Short Date" text
 };
 
 // One field AddNew writes into the new row when bDefVal holds.
 struct FieldDefault {
     std::string_view field;
     ValueSource source;
+    Variant constant = {};  // what ValueSource::Constant writes
 };
 
 // What Update does: UpdateBatch with its scope (3 every pending row, 1 the current
@@ -67,6 +73,7 @@ struct UpdateForm {
 // What Delete does after marking the current row deleted.
 enum class DeleteForm : uint8_t {
     Batch,  // UpdateBatch over every pending row
+    Plain,  // nothing more: the deletion stays pending until Update
 };
 
 // How UpdateId numbers the rows a host built with AddNew: the parent field := vId,
@@ -76,6 +83,15 @@ struct UpdateIdForm {
     ValueSource key = ValueSource::Counter;     // what "ID" receives
     bool writesFecha = true;                    // "Fecha" := dFecha
     bool moveFirstAfter = true;                 // MoveFirst once every row is numbered
+    bool countGuard = false;                    // entered only while RecordCount is not 0
+};
+
+// How UpdateadAffectCurrent gives the current row to a parent: the parent field := vId,
+// "ID" := the key source (a Counter gives the current row the counter's first value),
+// then Update of that row alone.
+struct AffectCurrentForm {
+    std::string_view parent = "Código";
+    ValueSource key = ValueSource::RecordCount;
 };
 
 // The argument list of a member where the class's differs from the common interface.
@@ -129,6 +145,10 @@ struct ClassVariants {
     bool nuevoCodigoCloses = false;      // close its recordset after reading
     Template deleteAll = {};
     Template convertirSerie = {};
+    std::string_view nuevoCodigoForm = "NuevoCodigo";  // the form's name where other members share it
+    Template obtenerCol = {};     // the rows whose "ID" ObtenerCol gathers; {vId}, {dtFecha}
+    int obtenerColBase = 1;       // the iBase ObtenerCol reads with
+    Template codigoLibre = {};    // the rows CodigoLibre looks for; {vId}
     std::vector<NamedStatement> statements = {};  // the templates of the class's own members
 
     // ---- argument lists that differ from the common interface ----
@@ -147,6 +167,7 @@ struct ClassVariants {
     DeleteForm del = DeleteForm::Batch;
     int16_t findField = 1;  // the field FindRecord searches, by position
     UpdateIdForm updateId = {};
+    AffectCurrentForm affectCurrent = {};
 
     // ---- record tools ----
     std::string_view permissionGroup = {};  // the rights group SeguridadPermiso asks about

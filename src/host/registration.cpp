@@ -1,6 +1,7 @@
 #include "host/registration.hpp"
 
 #include "ado/registration.hpp"
+#include "clinical/clinical.hpp"
 #include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
 
@@ -15,6 +16,7 @@ void registerAllClasses(Registry& r) {
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
     satellites::registerCommentClasses(r);
+    clinical::registerClinicalClasses(r);
     done = &r;
 }
 
