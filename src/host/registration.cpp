@@ -1,6 +1,7 @@
 #include "host/registration.hpp"
 
 #include "ado/registration.hpp"
+#include "documents/ordenes.hpp"
 #include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
 
@@ -14,6 +15,7 @@ void registerAllClasses(Registry& r) {
     // record classes, which carry the frame's and the tools' members).
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
+    documents::registerDocumentClasses(r);
     satellites::registerCommentClasses(r);
     done = &r;
 }
