@@ -36,7 +36,6 @@ const ClassVariants kVariants{
     .nuevoCodigoCloses = true,
     .deleteAll = "DELETE  FROM HOrdenes_Declaraciones  WHERE (Codigo = {vId} AND Fecha_Codigo = {F:dtFecha} )",
     .convertirSerie = "UPDATE HOrdenes_Declaraciones SET Codigo = {vNewId} WHERE(Codigo = {vId})",
-    .nuevoCodigoForm = "NuevoCodigo/NuevoCodigoDec",
     // On the declaration's own date, where DeleteAll keys on the order's.
     .obtenerCol = "SELECT  ID, Codigo From HOrdenes_Declaraciones Where (Codigo = {vId} AND Fecha = {FL:dtFecha} )",
     // Over all orders.

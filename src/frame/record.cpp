@@ -93,7 +93,8 @@ void RecordClass::IniciaRs(ConnPtr& cnnActive, std::string& sSelecSql, Variant& 
             if (clause) clause->text();  // a refused value fails here, where the engine would
             svc::abrirRs(kBase, sql, adoPrimaryRS_, cnnActive);
             break;
-        case OpenForm::B: {
+        case OpenForm::B:
+        case OpenForm::E: {
             // The caller's connection is deliberately neither read nor written.
             ConnPtr own = svc::getConexion(kBase);
             if (clause) clause->text();
@@ -164,7 +165,7 @@ std::vector<std::pair<std::string, std::string>> ClassVariants::templates() cons
     auto add = [&](std::string name, const Template& t) {
         if (!t.empty()) out.emplace_back(std::move(name), t.withTable(table));
     };
-    add(std::string(nuevoCodigoForm), nuevoCodigo);
+    add("NuevoCodigo", nuevoCodigo);
     add("DeleteAll", deleteAll);
     add("ConvertirSerie", convertirSerie);
     add("ObtenerCol", obtenerCol);

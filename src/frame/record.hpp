@@ -65,6 +65,8 @@ public:
     bool EditingRecord();
     int32_t AbsolutePosition();
     void AddNew(bool& bDefVal);
+    // The document classes' AddNew: bIsInvoiced is accepted and never read.
+    void AddNewDocument(bool& bDefVal, bool& bIsInvoiced);
     void Delete();
     void MoveToBookmark(Variant& mybookmark);
     void Update();
@@ -86,6 +88,9 @@ public:
     // ---- statement members (the class's templates) ----
     // vCod goes into the template where it has a hole for it.
     Variant NuevoCodigo(const Variant& vCod, ConnPtr& objCn);
+    // NuevoCodigo with every value a template may scope by: the parent's number vCod,
+    // or the document series (the template's {serie}, quoted).
+    Variant NuevoCodigoIn(const Variant& vCod, const std::string& serie, ConnPtr& objCn);
     // dtFecha goes into the template where it has a hole for it.
     void DeleteAll(const Variant& vId, const DateValue& dtFecha, ConnPtr& cnnActive);
     void ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
@@ -122,6 +127,18 @@ public:
     int subscribeMoveComplete(MoveCompleteHandler h);
     void unsubscribeMoveComplete(int token);
 
+    // ---- for the shared members of the layers above (documents) ----
+    // The class's own statement of that name (ClassVariants::statements), filled; a
+    // name the class does not declare is a programming error (std::logic_error).
+    Statement ownStatement(std::string_view name, HoleValues values) const;
+    // The optional-connection rule of a writing member, and a reading member's open.
+    static void executeStatement(const Statement& sql, ConnPtr& objCn, int iBase = kBase) {
+        execute(sql, objCn, iBase);
+    }
+    static RsPtr openStatement(const Statement& sql, ConnPtr& objCn, int iBase = kBase) {
+        return open(sql, objCn, iBase);
+    }
+
     // The primary recordset and connection as they stand (null when unset).
     const RsPtr& primaryRecordset() const noexcept { return adoPrimaryRS_; }
     const ConnPtr& primaryConnection() const noexcept { return cnnPrimary_; }
@@ -156,6 +173,12 @@ protected:
     // The runtime's sum of a value and a whole number (a Long while it fits).
     static Variant plus(const Variant& v, int32_t n);
     static int32_t recordCount(ado::Recordset& rs);
+    // NuevoCodigo's answer from its selection's "Nuevo_Codigo": 1 for Null, the value
+    // plus 1 when numeric, anything else as it stands.
+    static Variant nextCode(ado::Recordset& rs);
+    // The fields AddNew writes into a new row when bDefVal holds; by default the
+    // declaration's addNewDefaults. A class whose defaults are its own writes them here.
+    virtual void writeNewRowDefaults(ado::Recordset& rs);
 
     // The recordset that the members work on; error 91 while unset.
     ado::Recordset& rs();

@@ -74,7 +74,8 @@ void RecordClass::FindRecord(const std::string& Criteria, int16_t Index) {
     const int16_t position = v_.findField == kFindByIndex ? Index : v_.findField;
     const std::string field = r.Fields()->Item(Variant(position))->Name();
     // The criterion is not escaped: it is a recordset filter, not a statement.
-    r.Find(field + " = '" + Criteria + "'", 0, 1, Variant::missing());
+    const bool prefix = v_.findPrefix && Index != 0;
+    r.Find(field + (prefix ? " Like '" + Criteria + "*'" : " = '" + Criteria + "'"), 0, 1, Variant::missing());
 }
 
 Variant RecordClass::defaultValue(ValueSource source) {
@@ -120,12 +121,19 @@ void RecordClass::AddNew(bool& bDefVal) {
     auto& r = rs();
     r.AddNew();
     if (!bDefVal) return;
+    writeNewRowDefaults(r);
+}
+
+void RecordClass::AddNewDocument(bool& bDefVal, bool& /*bIsInvoiced*/) { AddNew(bDefVal); }
+
+void RecordClass::writeNewRowDefaults(ado::Recordset& r) {
     for (const FieldDefault& d : v_.addNewDefaults) r.setValue(d.field, sourcedValue(d.source, Variant(), d.constant));
 }
 
 void RecordClass::Update() {
     auto& r = rs();
     if (v_.update.guard && bofAndEof(r)) return;
+    if (!v_.update.copyInto.empty()) r.setValue(v_.update.copyInto, r.value(v_.update.copyFrom));
     r.UpdateBatch(v_.update.scope);
 }
 

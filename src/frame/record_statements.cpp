@@ -20,10 +20,9 @@ Variant RecordClass::plus(const Variant& v, int32_t n) {
     return Variant(sum);
 }
 
-Variant RecordClass::NuevoCodigo(const Variant& vCod, ConnPtr& objCn) {
-    RsPtr r = open(fill(v_.nuevoCodigo, {{"vCod", vCod}}), objCn);
+Variant RecordClass::nextCode(ado::Recordset& r) {
     Variant result(int16_t{0});
-    const Variant max = r->value("Nuevo_Codigo");
+    const Variant max = r.value("Nuevo_Codigo");
     if (max.isNull()) {
         result = Variant(int16_t{1});
     } else if (rt::IsNumeric(max)) {
@@ -31,18 +30,33 @@ Variant RecordClass::NuevoCodigo(const Variant& vCod, ConnPtr& objCn) {
     } else {
         result = max;
     }
+    return result;
+}
+
+Variant RecordClass::NuevoCodigo(const Variant& vCod, ConnPtr& objCn) { return NuevoCodigoIn(vCod, {}, objCn); }
+
+Variant RecordClass::NuevoCodigoIn(const Variant& vCod, const std::string& serie, ConnPtr& objCn) {
+    RsPtr r = open(fill(v_.nuevoCodigo, {{"vCod", vCod}, {"serie", Variant(serie)}}), objCn);
+    Variant result = nextCode(*r);
     if (v_.nuevoCodigoCloses) r->Close();
     return result;
 }
 
 void RecordClass::DeleteAll(const Variant& vId, const DateValue& dtFecha, ConnPtr& cnnActive) {
-    execute(fill(v_.deleteAll, {{"vId", vId}, {"dtFecha", Variant(dtFecha)}}), cnnActive);
+    execute(fill(v_.deleteAll, {{"vId", vId}, {"dtFecha", Variant(dtFecha)}}), cnnActive, v_.deleteAllBase);
 }
 
-void RecordClass::ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& /*sSerie*/,
+void RecordClass::ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
                                  ConnPtr& cnnActive) {
-    // The series is accepted and not used: satellites follow their document's number.
-    execute(fill(v_.convertirSerie, {{"vId", vId}, {"vNewId", vNewId}}), cnnActive);
+    // Satellites accept the series and do not use it (they follow their document's
+    // number); the documents' statement writes it.
+    execute(fill(v_.convertirSerie, {{"vId", vId}, {"vNewId", vNewId}, {"sSerie", Variant(sSerie)}}), cnnActive);
+}
+
+Statement RecordClass::ownStatement(std::string_view name, HoleValues values) const {
+    for (const NamedStatement& s : v_.statements)
+        if (s.name == name) return fill(s.text, values);
+    throw std::logic_error(std::string(v_.className) + " declares no statement " + std::string(name));
 }
 
 void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {

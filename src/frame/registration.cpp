@@ -50,14 +50,21 @@ const MemberTable& frameMembers() {
                       &RecordClass::ConvertirSerie);
          }},
         {"NuevoCodigo",
-         [](B& b) { b.method("NuevoCodigo", {inout("vCod"), optObj("objCn")}, &RecordClass::NuevoCodigo); }},
+         {[](B& b) {
+              b.method("NuevoCodigo", {inout("vCod"), optRef("serie", PT::String), optObj("objCn")},
+                       &RecordClass::NuevoCodigoIn);
+          },
+          {inout("vCod"), optObj("objCn")}}},
         {"EditingRecord", [](B& b) { b.get("EditingRecord", &RecordClass::EditingRecord); }},
         {"AbsolutePosition",
          [](B& b) { b.get("AbsolutePosition", &RecordClass::AbsolutePosition); }},
         {"AddNew",
-         [](B& b) {
-             b.method("AddNew", {optRef("bDefVal", PT::Boolean, Variant(true))}, &RecordClass::AddNew);
-         }},
+         {[](B& b) {
+              b.method("AddNew",
+                       {optRef("bDefVal", PT::Boolean, Variant(true)), optRef("bIsInvoiced", PT::Boolean, Variant(true))},
+                       &RecordClass::AddNewDocument);
+          },
+          {optRef("bDefVal", PT::Boolean, Variant(true))}}},
         {"Delete", [](B& b) { b.method("Delete", {}, &RecordClass::Delete); }},
         {"MoveToBookmark",
          [](B& b) {

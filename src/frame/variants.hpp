@@ -26,6 +26,9 @@ enum class OpenForm : uint8_t {
     // New recordset, SELECT, connection, open, DataMembers.Clear. The caller's
     // connection is accepted and ignored: a fresh one, kept in a local, is used.
     B,
+    // The document classes: the steps of B, and IniciaRs takes no connection argument
+    // at all (its list is sSelecSql and id); a fresh connection, kept in a local.
+    E,
 };
 
 // FindRecord's field position when the class searches the field its Index argument names.
@@ -68,6 +71,10 @@ struct FieldDefault {
 struct UpdateForm {
     bool guard = false;
     int32_t scope = 3;
+    // Before the UpdateBatch, the current row's field `copyInto` := its field `copyFrom`
+    // (the document classes keep their bar-code text equal to the number this way).
+    std::string_view copyInto = {};
+    std::string_view copyFrom = {};
 };
 
 // What Delete does after marking the current row deleted.
@@ -120,6 +127,23 @@ enum class FilterForm : uint8_t {
     Orders,
 };
 
+// How a document class tells that a document is invoiced (bEstaFacturado and
+// EstaFacturado): by its "Facturado" code, or, on the work order, by "Cerrada" holding
+// the text "Cerrada". EstaFacturado reads a one-row selection, where a Null field
+// gives false or fails 94 by class.
+enum class InvoicedForm : uint8_t {
+    Facturado,            // "Facturado" <> 0; EstaFacturado fails on a Null field
+    FacturadoNullFalse,   // "Facturado" <> 0; EstaFacturado gives false on a Null field
+    Cerrada,              // "Cerrada" = "Cerrada"; EstaFacturado gives false on a Null field
+};
+
+// The facts on which the members every document kind shares (src/documents/) differ.
+struct DocumentForms {
+    InvoicedForm invoiced = InvoicedForm::Facturado;
+    // iQDocumento gives "Doc_E" as a 32-bit integer instead of a Double.
+    bool sourceIsLong = false;
+};
+
 // What ValidaDefinedSize answers for a field.
 enum class DefinedSizeForm : uint8_t {
     Table,             // 32-bit integer Precision - 5, double Precision, text DefinedSize, else 10
@@ -145,7 +169,6 @@ struct ClassVariants {
     bool nuevoCodigoCloses = false;      // close its recordset after reading
     Template deleteAll = {};
     Template convertirSerie = {};
-    std::string_view nuevoCodigoForm = "NuevoCodigo";  // the form's name where other members share it
     Template obtenerCol = {};     // the rows whose "ID" ObtenerCol gathers; {vId}, {dtFecha}
     int obtenerColBase = 1;       // the iBase ObtenerCol reads with
     Template codigoLibre = {};    // the rows CodigoLibre looks for; {vId}
@@ -166,6 +189,10 @@ struct ClassVariants {
     UpdateForm update = {};
     DeleteForm del = DeleteForm::Batch;
     int16_t findField = 1;  // the field FindRecord searches, by position
+    // With findField kFindByIndex: a non-zero Index searches its field by prefix
+    // ("<name> Like '<Criteria>*'"); Index 0 compares field 0 whole.
+    bool findPrefix = false;
+    int16_t deleteAllBase = 4;  // the iBase of DeleteAll's connection and statement
     UpdateIdForm updateId = {};
     AffectCurrentForm affectCurrent = {};
 
@@ -179,6 +206,9 @@ struct ClassVariants {
     ListingWalk listingWalk = ListingWalk::RecordFields;
     bool listingSavedOrder = true;  // false: a clone sorts by field 0, GetOrder is not asked
     bool listingSums = false;       // the document classes' block of sums after the table
+
+    // ---- the members every document kind shares ----
+    DocumentForms document = {};
 
     // The declared argument list of a member, or null for the common one.
     const std::vector<Param>* signatureOf(std::string_view member) const;

@@ -2,6 +2,7 @@
 
 #include "ado/registration.hpp"
 #include "clinical/clinical.hpp"
+#include "documents/ordenes.hpp"
 #include "frame/services/registration.hpp"
 #include "satellites/comentarios.hpp"
 
@@ -15,6 +16,7 @@ void registerAllClasses(Registry& r) {
     // record classes, which carry the frame's and the tools' members).
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
+    documents::registerDocumentClasses(r);
     satellites::registerCommentClasses(r);
     clinical::registerClinicalClasses(r);
     done = &r;

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <map>
 #include <regex>
+#include <sstream>
 
 #include "frame/record.hpp"
 #include "host/registration.hpp"
@@ -50,6 +51,32 @@ TEST_P(ClassTables, StatementsAndResultsAreTheDescribedOnes) {
 INSTANTIATE_TEST_SUITE_P(Classes, ClassTables, ::testing::ValuesIn(tables()),
                          [](const ::testing::TestParamInfo<std::string>& p) { return p.param; });
 
+// The names one corpus context stands for: "C.IniciaRs[vista rapida|todos]" is
+// "C.IniciaRs[vista rapida]" and "C.IniciaRs[todos]"; "C.IniciaRs[seleccion]/Other" is
+// also "C.Other", a member that sends the same text.
+std::vector<std::string> contextNames(const std::string& context) {
+    const size_t dot = context.find('.');
+    const std::string cls = context.substr(0, dot + 1);
+    std::vector<std::string> parts(1);
+    int depth = 0;
+    for (char c : context.substr(dot + 1)) {
+        depth += c == '[' ? 1 : c == ']' ? -1 : 0;
+        if (c == '/' && depth == 0) parts.emplace_back();
+        else parts.back() += c;
+    }
+    std::vector<std::string> out;
+    for (const std::string& part : parts) {
+        const size_t open = part.find('[');
+        if (open == std::string::npos || part.back() != ']') {
+            out.push_back(cls + part);
+            continue;
+        }
+        std::stringstream keys(part.substr(open + 1, part.size() - open - 2));
+        for (std::string key; std::getline(keys, key, '|');) out.push_back(cls + part.substr(0, open + 1) + key + "]");
+    }
+    return out;
+}
+
 // The reference corpus writes a value as <x> where a template writes {x}.
 std::map<std::string, std::string> corpus() {
     std::ifstream in(std::filesystem::path(HISTORICOS_SOURCE_DIR) / "tests/sql/data/statements.tsv");
@@ -60,7 +87,8 @@ std::map<std::string, std::string> corpus() {
         std::vector<std::string> cols;
         std::stringstream ss(line);
         for (std::string c; std::getline(ss, c, '\t');) cols.push_back(c);
-        if (cols.size() >= 4) out[cols[1]] = std::regex_replace(cols[3], hole, "{$1}");
+        if (cols.size() < 4) continue;
+        for (const std::string& name : contextNames(cols[1])) out[name] = std::regex_replace(cols[3], hole, "{$1}");
     }
     return out;
 }
