@@ -88,6 +88,9 @@ public:
     void ConvertirSerie(const Variant& vId, const Variant& vNewId, const std::string& sSerie,
                         ConnPtr& cnnActive);
     void UpdateId(Variant& vId, DateValue& dFecha);
+    // The lines' UpdateadAffectCurrent: the field the class declares := vId, then
+    // UpdateBatch of the current row.
+    void UpdateadAffectCurrentLine(Variant& vId);
 
     // ---- saved filters and orders (saved_views.cpp) ----
     std::string GetFilter(const std::string& sLlave);
@@ -140,6 +143,8 @@ protected:
     // The runtime's sum of a value and a whole number (a Long while it fits).
     static Variant plus(const Variant& v, int32_t n);
     static int32_t recordCount(ado::Recordset& rs);
+    // The "ID" of a line not yet numbered: -1.
+    static bool isUnnumbered(const Variant& id);
 
     // The recordset that the members work on; error 91 while unset.
     ado::Recordset& rs();

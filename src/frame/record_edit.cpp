@@ -4,6 +4,7 @@
 
 #include "ado/connection.hpp"
 #include "ado/recordset.hpp"
+#include "platform/clock.hpp"
 #include "platform/error.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/runtime.hpp"
@@ -82,8 +83,12 @@ Variant RecordClass::defaultValue(ValueSource source) {
             ConnPtr cn = GetConnection();
             return plus(NuevoCodigo(Variant(), cn), recordCount(rs()));
         }
+        case ValueSource::TodayShortDate:
+            return Variant(rt::Format(Variant(DateValue{Clock::today()}), "Short Date"));
         case ValueSource::RecordCount:
         case ValueSource::Counter:
+        case ValueSource::Number:
+        case ValueSource::NuevoCodigoCounter:
             break;
     }
     return Variant(recordCount(rs()));
@@ -93,7 +98,8 @@ void RecordClass::AddNew(bool& bDefVal) {
     auto& r = rs();
     r.AddNew();
     if (!bDefVal) return;
-    for (const FieldDefault& d : v_.addNewDefaults) r.setValue(d.field, defaultValue(d.source));
+    for (const FieldDefault& d : v_.addNewDefaults)
+        r.setValue(d.field, d.source == ValueSource::Number ? Variant(d.number) : defaultValue(d.source));
 }
 
 void RecordClass::Update() {
@@ -108,7 +114,17 @@ void RecordClass::Delete() {
             rs().Delete(kAffectCurrent);
             rs().UpdateBatch(kAffectAll);
             break;
+        case DeleteForm::Line:
+            rs().Delete(kAffectCurrent);
+            rs().Update();
+            break;
     }
+}
+
+void RecordClass::UpdateadAffectCurrentLine(Variant& vId) {
+    auto& r = rs();
+    r.setValue(v_.affectCurrentLineField, vId);
+    r.UpdateBatch(kAffectCurrent);
 }
 
 void RecordClass::Cancel() { rs().CancelUpdate(); }

@@ -49,18 +49,31 @@ void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {
     auto& r = rs();
     if (bofAndEof(r)) return;
     const UpdateIdForm& f = v_.updateId;
-    r.MoveFirst();
     int16_t counter = 1;
+    if (f.key == ValueSource::NuevoCodigoCounter) {
+        // Asked once, kept as a 16-bit counter: a maximum past 32,766 overflows here.
+        ConnPtr cn = GetConnection();
+        counter = rt::CInt(NuevoCodigo(vId, cn));
+    }
+    const bool counted = f.key == ValueSource::Counter || f.key == ValueSource::NuevoCodigoCounter;
+    r.MoveFirst();
     while (!r.Eof()) {
-        r.setValue(f.parent, vId);
-        r.setValue("ID", f.key == ValueSource::Counter ? Variant(counter) : defaultValue(f.key));
-        if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
-        r.Update();
+        if (!f.onlyUnnumbered || isUnnumbered(r.value("ID"))) {
+            r.setValue(f.parent, vId);
+            r.setValue("ID", counted ? Variant(counter) : defaultValue(f.key));
+            if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
+            r.Update();
+            // A 16-bit counter: the row after 32,767 fails with an overflow.
+            if (f.onlyUnnumbered) counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
+        }
         r.MoveNext();
-        // A 16-bit counter: the row after 32,767 fails with an overflow.
-        counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
+        if (!f.onlyUnnumbered) counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
     }
     if (f.moveFirstAfter) r.MoveFirst();
+}
+
+bool RecordClass::isUnnumbered(const Variant& id) {
+    return !id.isNull() && rt::IsNumeric(id) && rt::CDbl(id) == -1;
 }
 
 // ------------------------------------------------------------ helpers for class members

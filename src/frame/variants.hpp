@@ -26,6 +26,12 @@ enum class OpenForm : uint8_t {
     // New recordset, SELECT, connection, open, DataMembers.Clear. The caller's
     // connection is accepted and ignored: a fresh one, kept in a local, is used.
     B,
+    // New recordset, SELECT, open, DataMembers.Clear. The caller's connection is handed
+    // to AbrirRs as it is, set or unset; the class never asks for one itself.
+    C,
+    // The connection first (as in A: used if set, else asked for and written back into
+    // the caller's argument), then new recordset, SELECT, open, DataMembers.Clear.
+    D,
 };
 
 // FindRecord's field position when the class searches the field its Index argument names.
@@ -49,12 +55,18 @@ enum class ValueSource : uint8_t {
     RecordCount,            // the recordset's RecordCount (a temporary row number)
     NuevoCodigoPlusCount,   // NuevoCodigo(GetConnection) + RecordCount
     Counter,                // a 16-bit counter from 1 (UpdateId)
+    Number,                 // the whole number the FieldDefault names
+    TodayShortDate,         // today's date formatted "Short Date"
+    // UpdateId: a 16-bit counter that starts at NuevoCodigo(vId, GetConnection), asked
+    // once before the loop, and is raised per numbered row.
+    NuevoCodigoCounter,
 };
 
 // One field AddNew writes into the new row when bDefVal holds.
 struct FieldDefault {
     std::string_view field;
     ValueSource source;
+    int16_t number = 0;  // the value of ValueSource::Number
 };
 
 // What Update does: UpdateBatch with its scope (3 every pending row, 1 the current
@@ -67,6 +79,7 @@ struct UpdateForm {
 // What Delete does after marking the current row deleted.
 enum class DeleteForm : uint8_t {
     Batch,  // UpdateBatch over every pending row
+    Line,   // the recordset's Update: the deletion stays pending until the class's Update
 };
 
 // How UpdateId numbers the rows a host built with AddNew: the parent field := vId,
@@ -76,6 +89,7 @@ struct UpdateIdForm {
     ValueSource key = ValueSource::Counter;     // what "ID" receives
     bool writesFecha = true;                    // "Fecha" := dFecha
     bool moveFirstAfter = true;                 // MoveFirst once every row is numbered
+    bool onlyUnnumbered = false;                // only rows whose "ID" is -1, the mark AddNew leaves
 };
 
 // The argument list of a member where the class's differs from the common interface.
@@ -147,6 +161,9 @@ struct ClassVariants {
     DeleteForm del = DeleteForm::Batch;
     int16_t findField = 1;  // the field FindRecord searches, by position
     UpdateIdForm updateId = {};
+    // The lines' UpdateadAffectCurrent: this field := vId, then UpdateBatch of the
+    // current row (empty: the class has not this form).
+    std::string_view affectCurrentLineField = {};
 
     // ---- record tools ----
     std::string_view permissionGroup = {};  // the rights group SeguridadPermiso asks about

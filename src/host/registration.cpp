@@ -2,6 +2,7 @@
 
 #include "ado/registration.hpp"
 #include "frame/services/registration.hpp"
+#include "satellites/cabeceras.hpp"
 #include "satellites/comentarios.hpp"
 
 namespace hist::host {
@@ -15,6 +16,7 @@ void registerAllClasses(Registry& r) {
     ado::registerAdoClasses(r);
     services::registerServiceClasses(r);
     satellites::registerCommentClasses(r);
+    satellites::registerLineAndSnapshotClasses(r);
     done = &r;
 }
 
