@@ -66,6 +66,8 @@ ado::Recordset& RecordClass::rs() {
 }
 
 void RecordClass::IniciaRs(ConnPtr& cnnActive, std::string& sSelecSql, Variant& id, DateValue& dtFecha) {
+    // Form D makes sure of the connection before anything else.
+    if (v_.open == OpenForm::D && !cnnActive) cnnActive = svc::getConexion(kBase);
     // The old recordset is released, not closed: a host that still holds it keeps it.
     detachEvents();
     adoPrimaryRS_ = std::make_shared<ado::Recordset>();
@@ -102,6 +104,12 @@ void RecordClass::IniciaRs(ConnPtr& cnnActive, std::string& sSelecSql, Variant& 
             dataMembers_->Clear();
             break;
         }
+        case OpenForm::C:  // the caller's connection as it came, set or unset
+        case OpenForm::D:  // the connection was filled first
+            if (clause) clause->text();
+            svc::abrirRs(kBase, sql, adoPrimaryRS_, cnnActive);
+            dataMembers_->Clear();
+            break;
     }
     cnnPrimary_ = rs().ActiveConnection();
     dataMembers_->Add(kPrimary);

@@ -39,6 +39,10 @@ class MoveRelay;
 // False, 0:00:00), Fail raises 94 as assigning Null to a typed variable does.
 enum class OnNull : uint8_t { Keep, Empty, Fail };
 
+// The recordset's AffectEnum: the current row, or every pending one.
+inline constexpr int kAffectCurrent = 1;
+inline constexpr int kAffectAll = 3;
+
 class RecordClass : public Object {
 public:
     explicit RecordClass(const ClassVariants& variants);
@@ -179,18 +183,19 @@ protected:
     // The fields AddNew writes into a new row when bDefVal holds; by default the
     // declaration's addNewDefaults. A class whose defaults are its own writes them here.
     virtual void writeNewRowDefaults(ado::Recordset& rs);
+    // The "ID" of a line not yet numbered: -1.
+    static bool isUnnumbered(const Variant& id);
+
+    // Every row's "ID" from the first to EOF, or no object when there is none.
+    static std::shared_ptr<Collection> collectIds(ado::Recordset& r);
 
     // The recordset that the members work on; error 91 while unset.
     ado::Recordset& rs();
 
 private:
     void restoreSavedOrder(const std::string& key);
-    Variant defaultValue(ValueSource source);
-    // The value a FieldDefault, UpdateId or UpdateadAffectCurrent writes: the sources
-    // that need the parent vId, a constant or the clock, else defaultValue.
+    // The value a FieldDefault, UpdateId or UpdateadAffectCurrent writes, by its source.
     Variant sourcedValue(ValueSource source, const Variant& vId, const Variant& constant = {});
-    // Every row's "ID" from the first to EOF, or no object when there is none.
-    static std::shared_ptr<Collection> collectIds(ado::Recordset& r);
     void attachEvents();
     void detachEvents();
     void ensureConnection();

@@ -11,10 +11,6 @@
 
 namespace hist::frame {
 
-namespace {
-constexpr int kAffectCurrent = 1;
-constexpr int kAffectAll = 3;
-}  // namespace
 
 bool RecordClass::EditingRecord() {
     try {
@@ -78,26 +74,12 @@ void RecordClass::FindRecord(const std::string& Criteria, int16_t Index) {
     r.Find(field + (prefix ? " Like '" + Criteria + "*'" : " = '" + Criteria + "'"), 0, 1, Variant::missing());
 }
 
-Variant RecordClass::defaultValue(ValueSource source) {
+Variant RecordClass::sourcedValue(ValueSource source, const Variant& vId, const Variant& constant) {
     switch (source) {
         case ValueSource::NuevoCodigoPlusCount: {
             ConnPtr cn = GetConnection();
             return plus(NuevoCodigo(Variant(), cn), recordCount(rs()));
         }
-        case ValueSource::RecordCount:
-        case ValueSource::Counter:
-        case ValueSource::NuevoCodigoOfId:
-        case ValueSource::NuevoCodigoOfIdAlone:
-        case ValueSource::Constant:
-        case ValueSource::TimeOfDay:
-        case ValueSource::TodayShortDate:
-            break;
-    }
-    return Variant(recordCount(rs()));
-}
-
-Variant RecordClass::sourcedValue(ValueSource source, const Variant& vId, const Variant& constant) {
-    switch (source) {
         case ValueSource::NuevoCodigoOfId: {
             ConnPtr cn = GetConnection();
             return NuevoCodigo(vId, cn);
@@ -112,9 +94,12 @@ Variant RecordClass::sourcedValue(ValueSource source, const Variant& vId, const 
             return Variant(DateValue{Clock::timeOfDay()});
         case ValueSource::TodayShortDate:
             return Variant(rt::Format(Variant(DateValue{Clock::today()}), "Short Date"));
-        default:
-            return defaultValue(source);
+        case ValueSource::RecordCount:
+        case ValueSource::Counter:
+        case ValueSource::NuevoCodigoCounter:
+            break;
     }
+    return Variant(recordCount(rs()));
 }
 
 void RecordClass::AddNew(bool& bDefVal) {
@@ -145,6 +130,10 @@ void RecordClass::Delete() {
             break;
         case DeleteForm::Plain:
             rs().Delete(kAffectCurrent);
+            break;
+        case DeleteForm::Line:
+            rs().Delete(kAffectCurrent);
+            rs().Update();
             break;
     }
 }

@@ -64,16 +64,25 @@ void RecordClass::UpdateId(Variant& vId, DateValue& dFecha) {
     if (bofAndEof(r)) return;
     const UpdateIdForm& f = v_.updateId;
     if (f.countGuard && recordCount(r) == 0) return;
-    r.MoveFirst();
     int16_t counter = 1;
+    if (f.key == ValueSource::NuevoCodigoCounter) {
+        // Asked once, kept as a 16-bit counter: a maximum past 32,766 overflows here.
+        ConnPtr cn = GetConnection();
+        counter = rt::CInt(NuevoCodigo(vId, cn));
+    }
+    const bool counted = f.key == ValueSource::Counter || f.key == ValueSource::NuevoCodigoCounter;
+    r.MoveFirst();
     while (!r.Eof()) {
-        r.setValue(f.parent, vId);
-        r.setValue("ID", f.key == ValueSource::Counter ? Variant(counter) : sourcedValue(f.key, vId));
-        if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
-        r.Update();
+        if (!f.onlyUnnumbered || isUnnumbered(r.value("ID"))) {
+            r.setValue(f.parent, vId);
+            r.setValue("ID", counted ? Variant(counter) : sourcedValue(f.key, vId));
+            if (f.writesFecha) r.setValue("Fecha", Variant(dFecha));
+            r.Update();
+            // A 16-bit counter: the row after 32,767 fails with an overflow.
+            if (f.onlyUnnumbered) counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
+        }
         r.MoveNext();
-        // A 16-bit counter: the row after 32,767 fails with an overflow.
-        counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
+        if (!f.onlyUnnumbered) counter = rt::CInt(Variant(static_cast<int32_t>(counter) + 1));
     }
     if (f.moveFirstAfter) r.MoveFirst();
 }
@@ -82,8 +91,9 @@ void RecordClass::UpdateadAffectCurrent(Variant& vId) {
     auto& r = rs();
     const AffectCurrentForm& f = v_.affectCurrent;
     r.setValue(f.parent, vId);
-    r.setValue("ID", f.key == ValueSource::Counter ? Variant(int16_t{1}) : sourcedValue(f.key, vId));
-    r.Update();
+    if (f.writesId) r.setValue("ID", f.key == ValueSource::Counter ? Variant(int16_t{1}) : sourcedValue(f.key, vId));
+    if (f.batch) r.UpdateBatch(kAffectCurrent);
+    else r.Update();
 }
 
 bool RecordClass::CodigoLibre(Variant& vId, ConnPtr& objCn) {
@@ -105,6 +115,10 @@ std::shared_ptr<Collection> RecordClass::ObtenerCol(Variant& vId, DateValue& dtF
 }
 
 std::shared_ptr<Collection> RecordClass::ObtenerColRs() { return collectIds(rs()); }
+
+bool RecordClass::isUnnumbered(const Variant& id) {
+    return !id.isNull() && rt::IsNumeric(id) && rt::CDbl(id) == -1;
+}
 
 // ------------------------------------------------------------ helpers for class members
 

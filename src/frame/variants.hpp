@@ -29,6 +29,12 @@ enum class OpenForm : uint8_t {
     // The document classes: the steps of B, and IniciaRs takes no connection argument
     // at all (its list is sSelecSql and id); a fresh connection, kept in a local.
     E,
+    // New recordset, SELECT, open, DataMembers.Clear. The caller's connection is handed
+    // to AbrirRs as it is, set or unset; the class never asks for one itself.
+    C,
+    // The connection first (as in A: used if set, else asked for and written back into
+    // the caller's argument), then new recordset, SELECT, open, DataMembers.Clear.
+    D,
 };
 
 // FindRecord's field position when the class searches the field its Index argument names.
@@ -57,6 +63,9 @@ enum class ValueSource : uint8_t {
     Constant,               // the FieldDefault's constant
     TimeOfDay,              // the clock's present time of day
     TodayShortDate,         // today's date as "Short Date" text
+    // UpdateId: a 16-bit counter that starts at NuevoCodigo(vId, GetConnection), asked
+    // once before the loop, and is raised per numbered row.
+    NuevoCodigoCounter,
 };
 
 // One field AddNew writes into the new row when bDefVal holds.
@@ -81,6 +90,7 @@ struct UpdateForm {
 enum class DeleteForm : uint8_t {
     Batch,  // UpdateBatch over every pending row
     Plain,  // nothing more: the deletion stays pending until Update
+    Line,   // the recordset's Update: the deletion stays pending until the class's Update
 };
 
 // How UpdateId numbers the rows a host built with AddNew: the parent field := vId,
@@ -91,6 +101,7 @@ struct UpdateIdForm {
     bool writesFecha = true;                    // "Fecha" := dFecha
     bool moveFirstAfter = true;                 // MoveFirst once every row is numbered
     bool countGuard = false;                    // entered only while RecordCount is not 0
+    bool onlyUnnumbered = false;                // only rows whose "ID" is -1, the mark AddNew leaves
 };
 
 // How UpdateadAffectCurrent gives the current row to a parent: the parent field := vId,
@@ -99,6 +110,8 @@ struct UpdateIdForm {
 struct AffectCurrentForm {
     std::string_view parent = "Código";
     ValueSource key = ValueSource::RecordCount;
+    bool writesId = true;   // false: the parent field alone is written
+    bool batch = false;     // true: UpdateBatch of the current row instead of the recordset's Update
 };
 
 // The argument list of a member where the class's differs from the common interface.

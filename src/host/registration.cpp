@@ -4,6 +4,7 @@
 #include "clinical/clinical.hpp"
 #include "documents/ordenes.hpp"
 #include "frame/services/registration.hpp"
+#include "satellites/cabeceras.hpp"
 #include "satellites/comentarios.hpp"
 
 namespace hist::host {
@@ -19,6 +20,7 @@ void registerAllClasses(Registry& r) {
     documents::registerDocumentClasses(r);
     satellites::registerCommentClasses(r);
     clinical::registerClinicalClasses(r);
+    satellites::registerLineAndSnapshotClasses(r);
     done = &r;
 }
 

@@ -15,7 +15,9 @@
 //   query <select> => <rows>         (rows joined by ';' and cells by '|', read on the archive)
 //
 // Values: 12 (Long), 12i (Integer), 1.5 (Double), "text" (\" and \\ inside), #2026-11-22#
-// or #2026-11-22 10:30:00# (Date), true, false, null, empty, nothing (no object).
+// or #2026-11-22 10:30:00# (Date), true, false, null, empty, nothing (no object), set (an
+// object, in a back line). A result that is a collection is written [item, item]; a
+// ClsRegistroLinea regs[code|first|second|lot|store|price; ...] (its records' values).
 #include <gtest/gtest.h>
 
 #include <charconv>
@@ -27,6 +29,8 @@
 #include <vector>
 
 #include "frame/services/data_service.hpp"
+#include "frame/services/helpers.hpp"
+#include "platform/collection.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
@@ -35,7 +39,8 @@ namespace hist::test {
 
 struct TableValue {
     Variant value;
-    bool skip = false;  // "*" in a back line, "-" in a call
+    bool skip = false;    // "*" in a back line, "-" in a call
+    bool object = false;  // "set": any object
 };
 
 inline std::vector<TableValue> parseTableValues(const std::string& text) {
@@ -62,6 +67,7 @@ inline std::vector<TableValue> parseTableValues(const std::string& text) {
         const std::string word = text.substr(i, end == std::string::npos ? std::string::npos : end - i);
         i = end == std::string::npos ? text.size() : end;
         if (word == "*" || word == "-") out.push_back({Variant::missing(), true});
+        else if (word == "set") out.push_back({Variant::missing(), false, true});
         else if (word == "true" || word == "false") out.push_back({Variant(word == "true")});
         else if (word == "null") out.push_back({Variant::null()});
         else if (word == "empty") out.push_back({Variant()});
@@ -92,6 +98,21 @@ inline std::string tableText(const Variant& v) {
         return t.find_first_of(".e") == std::string::npos ? t + ".0" : t;
     }
     if (v.isNothing()) return "nothing";
+    if (v.type() == VarType::Object) {
+        std::string out;
+        if (auto col = std::dynamic_pointer_cast<Collection>(v.asObject())) {
+            for (const Variant& item : col->values()) out += (out.empty() ? "" : ", ") + tableText(item);
+            return "[" + out + "]";
+        }
+        if (auto regs = std::dynamic_pointer_cast<services::ClsRegistroLinea>(v.asObject())) {
+            for (const auto& r : regs->records())
+                out += (out.empty() ? "" : "; ") + r.codigo + "|" + tableText(Variant(double{r.cantidadPrevia})) + "|" +
+                       tableText(Variant(double{r.cantidad})) + "|" + r.lote + "|" + tableText(r.idAlmacen) + "|" +
+                       tableText(Variant(r.precio));
+            return "regs[" + out + "]";
+        }
+        return "object";
+    }
     if (v.isNull()) return "null";
     if (v.isMissing()) return "-";
     return std::string(v.type() == VarType::String ? "\"" : "") + rt::CStr(v) +
@@ -167,6 +188,10 @@ inline void runClassTable(const std::filesystem::path& file, const std::function
             call.expected.push_back(rest);
         } else if (verb == "=") {
             EXPECT_EQ(call.error, 0) << where << ": " << tableText(call.result);
+            if (rest.starts_with("[") || rest.starts_with("regs[")) {
+                EXPECT_EQ(tableText(call.result), rest) << where;  // a collection, item by item
+                continue;
+            }
             const TableValue v = parseTableValues(rest).at(0);
             EXPECT_EQ(tableText(call.result), tableText(v.value)) << where;
         } else if (verb == "back") {
@@ -174,6 +199,11 @@ inline void runClassTable(const std::filesystem::path& file, const std::function
             ASSERT_LE(back.size(), call.args.size()) << where;
             for (size_t k = 0; k < back.size(); ++k) {
                 if (back[k].skip) continue;
+                if (back[k].object) {
+                    EXPECT_TRUE(call.args[k].type() == VarType::Object && !call.args[k].isNothing())
+                        << where << " arg " << k << " is not an object";
+                    continue;
+                }
                 EXPECT_EQ(tableText(call.args[k]), tableText(back[k].value)) << where << " arg " << k;
             }
         } else if (verb == "error") {
