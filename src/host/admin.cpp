@@ -10,12 +10,14 @@
 
 #include "ado/recordset.hpp"
 #include "frame/record.hpp"
+#include "frame/services/config.hpp"
 #include "frame/services/helpers.hpp"
 #include "host/grid_columns.hpp"
 #include "host/registration.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
+#include "platform/text.hpp"
 #include "tools/tool_members.hpp"
 
 namespace hist::host {
@@ -307,6 +309,53 @@ int listCommand(const ListOptions& o, bool trace, std::ostream& out, std::ostrea
         return 0;
     } catch (const Error& e) {
         err << "historicos list: " << e.description() << " (error " << e.number() << ", " << e.source() << ")\n";
+        return 1;
+    }
+}
+
+int auditCommand(const AuditOptions& o, std::ostream& out, std::ostream& err) {
+    try {
+        std::string path;
+        if (o.log) {
+            path = *o.log;
+        } else {
+            const services::Config cfg = services::Config::load(o.archive.config);
+            if (!cfg.auditLog)
+                raise(err::PathFileAccess, "historicos.audit",
+                      "No audit log is configured (set \"auditLog\" in the configuration, or name one with --log)");
+            path = *cfg.auditLog;
+        }
+        std::ifstream in(path, std::ios::binary);
+        if (!in) raise(53, "historicos.audit", "File not found: " + path);
+        // Times are stored as ISO text, so "at or after" is a comparison of texts.
+        const std::string since = o.since ? rt::isoText(rt::CDate(Variant(*o.since))) : std::string();
+        int bad = 0;
+        std::string line;
+        for (long number = 1; std::getline(in, line); ++number) {
+            if (line.empty()) continue;
+            const auto e = nlohmann::json::parse(line, nullptr, false);
+            if (e.is_discarded() || !e.is_object() || !e.contains("time") || !e["time"].is_string() ||
+                !e.contains("text")) {
+                err << "historicos audit: line " << number << " of " << path << " is not an audit entry\n";
+                ++bad;
+                continue;
+            }
+            const std::string cls = e.value("class", "");
+            if (!since.empty() && e["time"].get<std::string>() < since) continue;
+            if (o.className && text::fold(cls) != text::fold(*o.className)) continue;
+            if (o.json) {
+                out << line << "\n";
+                continue;
+            }
+            const std::string member = e.value("member", "");
+            out << e["time"].get<std::string>() << "  " << e.value("user", "") << "  "
+                << (cls.empty() ? std::string("(no class)") : cls + "." + member) << "\n    "
+                << e["text"].get<std::string>() << "\n";
+            if (e.contains("values")) out << "    values " << e["values"].dump() << "\n";
+        }
+        return bad ? 1 : 0;
+    } catch (const Error& e) {
+        err << "historicos audit: " << e.description() << " (error " << e.number() << ")\n";
         return 1;
     }
 }

@@ -82,6 +82,7 @@ struct Parsed {
     DemoOptions demo;
     ClassesOptions classes;
     ListOptions list;
+    AuditOptions audit;
     services::RightsOptions rights;
 };
 
@@ -177,7 +178,14 @@ void define(CLI::App& app, Parsed& p) {
         ->check(CLI::IsMember({"table", "csv", "json", "html", "txt"}));
     text(listCmd, "--out", p.list.out, "write to this file instead of standard output")->type_name("FILE");
 
-    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd}) sub->fallthrough();
+    CLI::App* audit = app.add_subcommand("audit", "read the audit log of the archive's writes");
+    text(audit, "--config", p.audit.archive.config, "the configuration file (its auditLog)")->type_name("FILE");
+    text(audit, "--log", p.audit.log, "the audit log to read instead of the configuration's")->type_name("FILE");
+    text(audit, "--since", p.audit.since, "only entries at or after this date (and time)")->type_name("DATE");
+    text(audit, "--class", p.audit.className, "only the writes of this class")->type_name("CLASS");
+    audit->add_flag("--json", p.audit.json, "the entries as stored, one JSON object per line");
+
+    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit}) sub->fallthrough();
     // Set last, so the commands (which copy their parent's settings when made) do not
     // repeat it: a command's help tells only its own options.
     app.footer(
@@ -266,6 +274,7 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
     if (cmd == "rights") return services::rightsCommand(p.rights, out, err);
     if (cmd == "classes") return classesCommand(p.classes, out, err);
     if (cmd == "list") return listCommand(p.list, p.trace, out, err);
+    if (cmd == "audit") return auditCommand(p.audit, out, err);
     p.demo.orders = static_cast<std::size_t>(whole(p.orders));
     p.demo.seed = whole(p.seed);
     return demoCommand(p.demo, p.trace, out, err);

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <sstream>
 
+#include <nlohmann/json.hpp>
+
 #include "cli_run.hpp"
 
 namespace hist {
@@ -138,6 +140,53 @@ TEST_F(Admin, ListFailuresAreExitCodesWithTheirReason) {
         EXPECT_EQ(r.code, c.code) << c.args.back() << "\n" << r.err;
         EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
     }
+}
+
+// Every write that reached the engine, with who sent it; a rolled-back transaction
+// leaves nothing, a committed one its writes; `audit` reads the log back.
+TEST_F(Admin, TheAuditLogHoldsCommittedWritesAndAuditReadsIt) {
+    const std::string log = (home_->path / "audit.jsonl").string();
+    const std::string config = (home_->path / "audit-config.json").string();
+    std::ofstream(config) << "{\"auditLog\": \"" << log << "\"}";
+    const std::string requests =
+        "{\"id\":1,\"new\":\"ClsOrdenesComentarios\",\"as\":\"c\"}\n"
+        "{\"id\":2,\"call\":\"c.IniciaRs\",\"args\":[{\"nothing\":true},\"ninguno\"]}\n"
+        "{\"id\":3,\"call\":\"c.CnnBeginTrans\"}\n"
+        "{\"id\":4,\"call\":\"c.DeleteAll\",\"args\":[31337,{\"date\":\"2026-01-01\"},{\"ref\":\"r1\"}]}\n"
+        "{\"id\":5,\"call\":\"c.CnnRollbackTrans\"}\n"
+        "{\"id\":6,\"call\":\"c.CnnBeginTrans\"}\n"
+        "{\"id\":7,\"call\":\"c.ConvertirSerie\",\"args\":[31338,31339,\"A\",{\"ref\":\"r1\"}]}\n"
+        "{\"id\":8,\"call\":\"c.CnnCommitTrans\"}\n"
+        "{\"id\":9,\"call\":\"c.Insertar\",\"args\":[31340,\"nota\",\"d\",{\"date\":\"2026-01-02\"}]}\n";
+    const auto host = runCommandLine({"host", "--db", db_, "--config", config, "--user", "ana"}, requests);
+    ASSERT_EQ(host.code, 0) << host.err;
+    EXPECT_EQ(host.out.find("\"error\""), std::string::npos) << host.out;
+
+    const auto all = runCommandLine({"audit", "--config", config, "--json"});
+    ASSERT_EQ(all.code, 0) << all.err;
+    std::istringstream lines(all.out);
+    std::vector<nlohmann::json> entries;
+    for (std::string l; std::getline(lines, l);) entries.push_back(nlohmann::json::parse(l));
+    ASSERT_EQ(entries.size(), 2u) << all.out;
+    EXPECT_EQ(entries[0]["member"], "ConvertirSerie");
+    EXPECT_EQ(entries[0]["text"], "UPDATE HOrdenes_Comentarios SET Codigo = 31339 WHERE(Codigo = 31338)");
+    EXPECT_EQ(entries[1]["member"], "Insertar");
+    EXPECT_EQ(entries[1]["class"], "ClsOrdenesComentarios");
+    EXPECT_EQ(entries[1]["user"], "ana");
+    EXPECT_NE(entries[1]["text"].get<std::string>().find("'nota'"), std::string::npos);
+
+    EXPECT_EQ(runCommandLine({"audit", "--log", log, "--class", "ClsFacturasComentarios"}).out, "");
+    EXPECT_EQ(runCommandLine({"audit", "--log", log, "--since", "9999-01-01"}).out, "");
+    const auto readable = runCommandLine({"audit", "--log", log, "--class", "clsordenescomentarios"});
+    EXPECT_NE(readable.out.find("  ana  ClsOrdenesComentarios.ConvertirSerie\n    UPDATE HOrdenes_Comentarios"),
+              std::string::npos)
+        << readable.out;
+
+    std::ofstream(log, std::ios::app) << "not json\n";
+    const auto damaged = runCommandLine({"audit", "--log", log});
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_NE(damaged.err.find("line 3 of " + log + " is not an audit entry"), std::string::npos) << damaged.err;
+    EXPECT_EQ(runCommandLine({"audit", "--log", (home_->path / "none").string()}).code, 1);
 }
 
 }  // namespace
