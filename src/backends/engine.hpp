@@ -94,6 +94,7 @@ struct DataSource {
     std::string path;             // the archive file
     int busyTimeoutMs = 2000;
     int statementTimeoutMs = 30000;  // a statement running longer is interrupted; 0: no limit
+    std::string auditLog;            // the audit log of the session's writes; empty: none
 };
 
 // Opens a session on an existing archive. A missing file, a folder, and a file that

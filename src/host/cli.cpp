@@ -11,6 +11,7 @@
 
 #include "frame/services/config.hpp"
 #include "frame/services/rights.hpp"
+#include "host/admin.hpp"
 #include "host/demo.hpp"
 #include "host/options.hpp"
 #include "host/registration.hpp"
@@ -79,6 +80,9 @@ struct Parsed {
     sample::InitOptions init;
     std::string orders = "2000", seed = "1";
     DemoOptions demo;
+    ClassesOptions classes;
+    ListOptions list;
+    AuditOptions audit;
     services::RightsOptions rights;
 };
 
@@ -155,7 +159,33 @@ void define(CLI::App& app, Parsed& p) {
     addSampleSize(demo, p);
     demo->footer("An archive that is missing or holds no rows is first filled with the sample (--orders, --seed).");
 
-    for (CLI::App* sub : {host, init, rights, demo}) sub->fallthrough();
+    CLI::App* classes = app.add_subcommand("classes", "the classes with their tables, keywords and members");
+    classes->add_option_function<std::string>(
+        "CLASS", [&p](const std::string& v) { p.classes.className = v; }, "one class in detail, with its members");
+
+    CLI::App* listCmd = app.add_subcommand("list", "write a class's rows under a keyword, filter and order");
+    listCmd->add_option("CLASS", p.list.className, "the record class, e.g. ClsOrdenesComentarios")->required();
+    text(listCmd, "--db", p.list.archive.db, "the archive file (default: the configuration's archive)")
+        ->type_name("PATH");
+    text(listCmd, "--config", p.list.archive.config, "the configuration file")->type_name("FILE");
+    listCmd->add_option("--keyword", p.list.keyword, "the IniciaRs keyword (default \"todos\")")->type_name("K");
+    text(listCmd, "--id", p.list.id, "the id the keyword takes")->type_name("N");
+    text(listCmd, "--date", p.list.date, "the date the keyword takes")->type_name("DATE");
+    text(listCmd, "--filter", p.list.filter, "criteria applied with AplyFilter")->type_name("CRITERIA");
+    text(listCmd, "--sort", p.list.sort, "the order of the rows")->type_name("\"FIELD [DESC]\"");
+    listCmd->add_option("--format", p.list.format, "table (default), csv, json, html (ToHtmlGrid) or txt (ToTxt)")
+        ->type_name("F")
+        ->check(CLI::IsMember({"table", "csv", "json", "html", "txt"}));
+    text(listCmd, "--out", p.list.out, "write to this file instead of standard output")->type_name("FILE");
+
+    CLI::App* audit = app.add_subcommand("audit", "read the audit log of the archive's writes");
+    text(audit, "--config", p.audit.archive.config, "the configuration file (its auditLog)")->type_name("FILE");
+    text(audit, "--log", p.audit.log, "the audit log to read instead of the configuration's")->type_name("FILE");
+    text(audit, "--since", p.audit.since, "only entries at or after this date (and time)")->type_name("DATE");
+    text(audit, "--class", p.audit.className, "only the writes of this class")->type_name("CLASS");
+    audit->add_flag("--json", p.audit.json, "the entries as stored, one JSON object per line");
+
+    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit}) sub->fallthrough();
     // Set last, so the commands (which copy their parent's settings when made) do not
     // repeat it: a command's help tells only its own options.
     app.footer(
@@ -242,6 +272,9 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
         return runInit(p, out, err);
     }
     if (cmd == "rights") return services::rightsCommand(p.rights, out, err);
+    if (cmd == "classes") return classesCommand(p.classes, out, err);
+    if (cmd == "list") return listCommand(p.list, p.trace, out, err);
+    if (cmd == "audit") return auditCommand(p.audit, out, err);
     p.demo.orders = static_cast<std::size_t>(whole(p.orders));
     p.demo.seed = whole(p.seed);
     return demoCommand(p.demo, p.trace, out, err);

@@ -11,8 +11,8 @@
 #include "frame/services/config.hpp"
 #include "frame/services/data_service.hpp"
 #include "frame/services/helpers.hpp"
-#include "host/registration.hpp"
-#include "host/statement_log.hpp"
+#include "host/archive_env.hpp"
+#include "host/grid_columns.hpp"
 #include "platform/host_objects.hpp"
 #include "platform/error.hpp"
 #include "platform/regional.hpp"
@@ -71,16 +71,7 @@ void writeListing(std::ostream& out) {
     Variant id;
     DateValue fecha;
     cls.IniciaRs(cn, keyword, id, fecha);
-    auto fields = cls.primaryRecordset()->Fields();
-    auto columns = std::make_shared<StandInColumns>();
-    for (long i = 0; i < fields->Count(); ++i) {
-        auto f = fields->Item(Variant(static_cast<int32_t>(i)));
-        bool number = f->Type() != static_cast<int>(backend::FieldType::VarWChar) &&
-                      f->Type() != static_cast<int>(backend::FieldType::LongVarWChar) &&
-                      f->Type() != static_cast<int>(backend::FieldType::Date);
-        columns->add(ColumnData{f->Name(), true, number ? 1 : 3, f->Name()});
-    }
-    Variant grid(std::static_pointer_cast<Object>(columns));
+    Variant grid(std::static_pointer_cast<Object>(columnsOfFields(*cls.primaryRecordset())));
     bool doClone = true, filter = false;
     tools::toHtmlGrid(cls, grid, doClone, keyword, filter);
     out << "\nListing of " << cls.sClassName() << " (" << cls.primaryRecordset()->RecordCount()
@@ -92,27 +83,14 @@ void writeListing(std::ostream& out) {
 
 int demoCommand(const DemoOptions& o, bool trace, std::ostream& out, std::ostream& err) {
     try {
-        services::Config cfg = services::Config::load(o.config);
-        services::Config::Overrides ov;
-        ov.db = o.db;
-        cfg.apply(ov);
-        Regional::setCurrent(Regional::byName(cfg.regional));
-        const std::string path = cfg.archivePath();
-        services::Configuration::install(cfg);
-        registerAllClasses();  // installs the record tools the listing uses
-
-        std::optional<services::StatementObservers::Subscription> tracing;
-        if (trace) {
-            tracing = services::StatementObservers::subscribe([&err](const services::StatementEvent& e) {
-                writeTrace(err, e.op, e.iBase, e.composed, e.sent);
-            });
-        }
+        ArchiveEnvironment env({o.db, o.config}, trace, err);
+        const std::string& path = env.archivePath();
 
         // A missing archive, or one without rows (as the host leaves it when it runs
         // first), gets the sample; an archive with any row is shown as it is.
         const bool missing = !std::filesystem::exists(path);
         // An existing file must be an archive: refused here, by name, before anything reads it.
-        if (!missing) backend::openSession(cfg.dataSource(4));
+        if (!missing) env.requireArchive();
         if (missing || !sample::holdsRows(path)) {
             if (missing) std::filesystem::create_directories(std::filesystem::path(path).parent_path());
             out << (missing ? "Creating the sample archive " : "Filling the empty archive ") << path

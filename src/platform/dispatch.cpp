@@ -205,9 +205,32 @@ const Member* findMember(const Object& obj, std::string_view member) {
     return ci ? ci->find(member) : nullptr;
 }
 
+namespace {
+
+thread_local CallSite outermost;
+thread_local int callDepth = 0;
+
+// Names the outermost call while it runs; inner calls leave it as it is.
+class CallScope {
+public:
+    CallScope(const Object& obj, const Member& m) {
+        if (callDepth++ == 0) outermost = {std::string(obj.typeName()), m.name};
+    }
+    ~CallScope() {
+        if (--callDepth == 0) outermost = {};
+    }
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+};
+
+}  // namespace
+
+const CallSite& outermostCall() { return outermost; }
+
 Variant call(Object& obj, std::string_view member, Args& args) {
     const Member* m = findMember(obj, member);
     if (!m) raise(err::NoSuchMember, err::SrcRuntime);
+    CallScope scope(obj, *m);
     return invokeMember(obj, *m, args);
 }
 

@@ -187,6 +187,14 @@ inline Variant call(const ObjectPtr& obj, std::string_view member) {
     Args none;
     return call(obj, member, none);
 }
+// The outermost member call in progress on this thread (the one a host or a form
+// made), for the records that name who wrote what: empty texts when none is.
+struct CallSite {
+    std::string className;
+    std::string member;
+};
+const CallSite& outermostCall();
+
 // Property let/set: `obj.member(args) = value`.
 void let(Object& obj, std::string_view member, Args& args, const Variant& value);
 void let(const ObjectPtr& obj, std::string_view member, Args& args, const Variant& value);

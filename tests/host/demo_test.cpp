@@ -26,20 +26,7 @@ host::DemoOptions demoOn(const std::string& db, std::size_t orders = 2000) {
     return o;
 }
 
-// A temporary folder that is also the user's data folder, where the main job writes
-// its listing, for as long as the test runs.
-struct TempDir {
-    hist::testing::Scratch scratch{"historicos-demo"};
-    const fs::path& path = scratch.path();
-    const char* saved = std::getenv("XDG_DATA_HOME");
-    const std::string savedValue = saved ? saved : "";
-    TempDir() { setenv("XDG_DATA_HOME", path.c_str(), 1); }
-    ~TempDir() {
-        services::Configuration::reset();
-        if (saved) setenv("XDG_DATA_HOME", savedValue.c_str(), 1);
-        else unsetenv("XDG_DATA_HOME");
-    }
-};
+using TempDir = test::DataHome;
 
 TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     TempDir dir;

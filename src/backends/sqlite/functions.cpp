@@ -1,6 +1,14 @@
 #include "backends/sqlite/functions.hpp"
 
+// Built twice: into the library, on the engine it links, and into the loadable
+// extension (libhistoricos_sqlite.so), where every engine call goes through the
+// routine table of the process that loads it.
+#ifdef HISTORICOS_SQLITE_EXTENSION
+#include <sqlite3ext.h>
+SQLITE_EXTENSION_INIT3
+#else
 #include <sqlite3.h>
+#endif
 
 #include <string_view>
 

@@ -98,7 +98,7 @@ public:
                                     kindOf(root));
         static const char* known =
             "application, archive, dataSources, busyTimeout, statementTimeout, regional, formatoMoneda, formatoDivisa, "
-            "workDir, reportDir, documentDir, settingsDir, bFechaServidor";
+            "workDir, reportDir, documentDir, settingsDir, bFechaServidor, auditLog";
         for (const auto& [key, v] : root.items()) {
             if (key == "application") readApp(v, c.app);
             else if (key == "archive") c.archive = path(key, v);
@@ -116,6 +116,7 @@ public:
             else if (key == "documentDir") c.documentDir = path(key, v);
             else if (key == "settingsDir") c.settingsDir = path(key, v);
             else if (key == "bFechaServidor") c.fechaServidor = boolean(key, v);
+            else if (key == "auditLog") c.auditLog = path(key, v);
             else unknown(key, known);
         }
     }
@@ -234,6 +235,7 @@ backend::DataSource Config::dataSource(int iBase) const {
     ds.path = it->second.path ? *it->second.path : archivePath();
     ds.busyTimeoutMs = it->second.busyTimeoutMs ? *it->second.busyTimeoutMs : busyTimeoutMs;
     ds.statementTimeoutMs = statementTimeoutMs;
+    if (auditLog) ds.auditLog = *auditLog;
     return ds;
 }
 

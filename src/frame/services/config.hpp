@@ -57,6 +57,7 @@ struct Config {
     std::optional<std::string> documentDir;    // unset: <Path>/documentos
     std::optional<std::string> settingsDir;    // unset: $XDG_CONFIG_HOME, else ~/.config
     bool fechaServidor = true;
+    std::optional<std::string> auditLog;       // unset: writes are not audited
 
     // Where the defaults come from, fixed when the configuration is made.
     std::string dataHome;     // $XDG_DATA_HOME/historicos, else ~/.local/share/historicos

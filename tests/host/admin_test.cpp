@@ -1,0 +1,193 @@
+// The administrator's commands on a small sample archive: `classes` from the
+// registry, `list` through the class's IniciaRs and AplyFilter in each format, and
+// their failures as exit codes with a message.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <fstream>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "cli_run.hpp"
+
+namespace hist {
+namespace {
+
+using test::runCommandLine;
+
+class Admin : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        home_ = new test::DataHome;
+        db_ = (home_->path / "archivo.db").string();
+        ASSERT_EQ(runCommandLine({"init", "--db", db_, "--sample", "--orders", "40"}).code, 0);
+        // A comment whose text needs quoting in CSV and escaping in JSON.
+        sqlite3* h = nullptr;
+        ASSERT_EQ(sqlite3_open(db_.c_str(), &h), SQLITE_OK);
+        ASSERT_EQ(sqlite3_exec(h,
+                               "INSERT INTO HOrdenes_Comentarios (Id, Codigo, Comentarios) "
+                               "VALUES (900, 424242, 'dice \"ok\", y\nsigue')",
+                               nullptr, nullptr, nullptr),
+                  SQLITE_OK);
+        sqlite3_close(h);
+    }
+    static void TearDownTestSuite() { delete home_; }
+
+    static test::CliRun list(std::vector<std::string> args) {
+        args.insert(args.begin(), {"list", "ClsOrdenesComentarios", "--db", db_});
+        return runCommandLine(args);
+    }
+
+    static inline test::DataHome* home_ = nullptr;
+    static inline std::string db_;
+};
+
+TEST_F(Admin, ClassesComeFromTheRegistry) {
+    const auto all = runCommandLine({"classes"});
+    ASSERT_EQ(all.code, 0) << all.err;
+    EXPECT_NE(all.out.find("  ClsOrdenesComentarios  HOrdenes_Comentarios  42 members  keywords \"seleccion\", "
+                           "\"ninguno\"\n"),
+              std::string::npos)
+        << all.out;
+    EXPECT_NE(all.out.find("Other classes\n"), std::string::npos);
+
+    const auto one = runCommandLine({"classes", "clsordenescomentarios"});
+    ASSERT_EQ(one.code, 0) << one.err;
+    EXPECT_NE(one.out.find("  table     HOrdenes_Comentarios\n"), std::string::npos) << one.out;
+    EXPECT_NE(one.out.find("    IniciaRs([ByRef cnnActive As Object], [ByRef sSelecSql As String], [ByRef id], "
+                           "[ByRef dtFecha As Date])\n"),
+              std::string::npos)
+        << one.out;
+    // Unlisted members (the data-source plumbing) stay out.
+    EXPECT_EQ(one.out.find("DataMemberChanged"), std::string::npos);
+
+    const auto unknown = runCommandLine({"classes", "ClsNada"});
+    EXPECT_EQ(unknown.code, 1);
+    EXPECT_NE(unknown.err.find("No class is named \"ClsNada\""), std::string::npos);
+}
+
+TEST_F(Admin, ListFiltersAndSortsTheClassSelection) {
+    const auto r = list({"--filter", "Código >= 10000", "--sort", "Código DESC"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    std::istringstream lines(r.out);
+    std::string header, rule, row;
+    std::getline(lines, header);
+    std::getline(lines, rule);
+    EXPECT_EQ(header.rfind("Id ", 0), 0u) << header;
+    EXPECT_NE(header.find(" Código  Comentarios "), std::string::npos) << header;
+    long previous = 1L << 30;
+    int rows = 0;
+    while (std::getline(lines, row) && row.front() != '(') {
+        std::istringstream cells(row);
+        long id = 0, codigo = 0;
+        cells >> id >> codigo;
+        EXPECT_GE(codigo, 10000) << row;
+        EXPECT_LE(codigo, previous) << row;
+        previous = codigo;
+        ++rows;
+    }
+    EXPECT_GT(rows, 0);
+    EXPECT_EQ(row, "(" + std::to_string(rows) + " row" + (rows == 1 ? "" : "s") + ")");
+    // Line breaks inside a value do not break the table's rows.
+    EXPECT_NE(list({"--filter", "Código = 424242"}).out.find("dice \"ok\", y sigue"), std::string::npos);
+}
+
+TEST_F(Admin, ListWritesCsvJsonAndTheClassesOwnListing) {
+    const auto csv = list({"--keyword", "seleccion", "--id", "424242", "--format", "csv"});
+    ASSERT_EQ(csv.code, 0) << csv.err;
+    // The keyword's date is unset, so "seleccion" finds no row: the header alone.
+    EXPECT_EQ(csv.out, "Id,Código,Comentarios,Descripción,Fecha\r\n");
+    const auto quoted = list({"--filter", "Código = 424242", "--format", "csv"});
+    EXPECT_EQ(quoted.out, "Id,Código,Comentarios,Descripción,Fecha\r\n900,424242,\"dice \"\"ok\"\", y\nsigue\",,\r\n");
+
+    const auto json = list({"--filter", "Código = 424242", "--format", "json"});
+    EXPECT_EQ(json.out,
+              "{\"Id\":900,\"Código\":424242,\"Comentarios\":\"dice \\\"ok\\\", y\\nsigue\",\"Descripción\":null,"
+              "\"Fecha\":null}\n");
+
+    const std::string out = (home_->path / "listado.htm").string();
+    const auto html = list({"--format", "html", "--out", out});
+    ASSERT_EQ(html.code, 0) << html.err;
+    std::ifstream copy(out, std::ios::binary), written(home_->path / "historicos" / "HOrdenes_Comentarios.htm",
+                                                       std::ios::binary);
+    std::stringstream a, b;
+    a << copy.rdbuf();
+    b << written.rdbuf();
+    EXPECT_GT(a.str().size(), 1000u);
+    EXPECT_EQ(a.str(), b.str());
+}
+
+TEST_F(Admin, ListFailuresAreExitCodesWithTheirReason) {
+    struct Case {
+        std::vector<std::string> args;
+        int code;
+        const char* says;
+    };
+    const Case cases[] = {
+        {{"list", "ClsNada", "--db", db_}, 1, "No class is named \"ClsNada\""},
+        {{"list", "ClsServicioDatos", "--db", db_}, 1, "is not a record class"},
+        {{"list", "ClsOrdenesComentarios", "--db", db_, "--filter", "Nada = 1"}, 1, "Field: Nada (error 3265"},
+        {{"list", "ClsOrdenesComentarios", "--db", db_, "--format", "xml"}, 2, "--format"},
+        {{"list", "ClsOrdenesComentarios", "--db", (home_->path / "missing.db").string()}, 1, "missing.db"},
+        {{"list", "ClsOrdenesComentarios", "--db", db_, "--out", "/nonexistent/dir/x"}, 1, "/nonexistent/dir/x"},
+        {{"list", "ClsOrdenesComentarios", "--db", db_, "--out", "/dev/full"}, 1, "Disk full"},
+        {{"list"}, 2, "CLASS is required"},
+    };
+    for (const Case& c : cases) {
+        const auto r = runCommandLine(c.args);
+        EXPECT_EQ(r.code, c.code) << c.args.back() << "\n" << r.err;
+        EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    }
+}
+
+// Every write that reached the engine, with who sent it; a rolled-back transaction
+// leaves nothing, a committed one its writes; `audit` reads the log back.
+TEST_F(Admin, TheAuditLogHoldsCommittedWritesAndAuditReadsIt) {
+    const std::string log = (home_->path / "audit.jsonl").string();
+    const std::string config = (home_->path / "audit-config.json").string();
+    std::ofstream(config) << "{\"auditLog\": \"" << log << "\"}";
+    const std::string requests =
+        "{\"id\":1,\"new\":\"ClsOrdenesComentarios\",\"as\":\"c\"}\n"
+        "{\"id\":2,\"call\":\"c.IniciaRs\",\"args\":[{\"nothing\":true},\"ninguno\"]}\n"
+        "{\"id\":3,\"call\":\"c.CnnBeginTrans\"}\n"
+        "{\"id\":4,\"call\":\"c.DeleteAll\",\"args\":[31337,{\"date\":\"2026-01-01\"},{\"ref\":\"r1\"}]}\n"
+        "{\"id\":5,\"call\":\"c.CnnRollbackTrans\"}\n"
+        "{\"id\":6,\"call\":\"c.CnnBeginTrans\"}\n"
+        "{\"id\":7,\"call\":\"c.ConvertirSerie\",\"args\":[31338,31339,\"A\",{\"ref\":\"r1\"}]}\n"
+        "{\"id\":8,\"call\":\"c.CnnCommitTrans\"}\n"
+        "{\"id\":9,\"call\":\"c.Insertar\",\"args\":[31340,\"nota\",\"d\",{\"date\":\"2026-01-02\"}]}\n";
+    const auto host = runCommandLine({"host", "--db", db_, "--config", config, "--user", "ana"}, requests);
+    ASSERT_EQ(host.code, 0) << host.err;
+    EXPECT_EQ(host.out.find("\"error\""), std::string::npos) << host.out;
+
+    const auto all = runCommandLine({"audit", "--config", config, "--json"});
+    ASSERT_EQ(all.code, 0) << all.err;
+    std::istringstream lines(all.out);
+    std::vector<nlohmann::json> entries;
+    for (std::string l; std::getline(lines, l);) entries.push_back(nlohmann::json::parse(l));
+    ASSERT_EQ(entries.size(), 2u) << all.out;
+    EXPECT_EQ(entries[0]["member"], "ConvertirSerie");
+    EXPECT_EQ(entries[0]["text"], "UPDATE HOrdenes_Comentarios SET Codigo = 31339 WHERE(Codigo = 31338)");
+    EXPECT_EQ(entries[1]["member"], "Insertar");
+    EXPECT_EQ(entries[1]["class"], "ClsOrdenesComentarios");
+    EXPECT_EQ(entries[1]["user"], "ana");
+    EXPECT_NE(entries[1]["text"].get<std::string>().find("'nota'"), std::string::npos);
+
+    EXPECT_EQ(runCommandLine({"audit", "--log", log, "--class", "ClsFacturasComentarios"}).out, "");
+    EXPECT_EQ(runCommandLine({"audit", "--log", log, "--since", "9999-01-01"}).out, "");
+    const auto readable = runCommandLine({"audit", "--log", log, "--class", "clsordenescomentarios"});
+    EXPECT_NE(readable.out.find("  ana  ClsOrdenesComentarios.ConvertirSerie\n    UPDATE HOrdenes_Comentarios"),
+              std::string::npos)
+        << readable.out;
+
+    std::ofstream(log, std::ios::app) << "not json\n";
+    const auto damaged = runCommandLine({"audit", "--log", log});
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_NE(damaged.err.find("line 3 of " + log + " is not an audit entry"), std::string::npos) << damaged.err;
+    EXPECT_EQ(runCommandLine({"audit", "--log", (home_->path / "none").string()}).code, 1);
+}
+
+}  // namespace
+}  // namespace hist
