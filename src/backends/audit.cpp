@@ -108,6 +108,7 @@ public:
         }
     }
     int depth() const override { return inner_->depth(); }
+    std::vector<std::string> integrityCheck() override { return inner_->integrityCheck(); }
 
 private:
     void record(std::string_view sent, const nlohmann::json* values) {

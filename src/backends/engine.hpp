@@ -87,6 +87,10 @@ public:
     virtual void commit() = 0;
     virtual void rollback() = 0;
     virtual int depth() const = 0;
+
+    // The engine's own check of the archive's storage: one line per problem, none
+    // when it is sound (an engine without such a check finds none).
+    virtual std::vector<std::string> integrityCheck() { return {}; }
 };
 
 struct DataSource {

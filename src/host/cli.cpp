@@ -13,6 +13,7 @@
 #include "frame/services/rights.hpp"
 #include "host/admin.hpp"
 #include "host/demo.hpp"
+#include "host/maintenance.hpp"
 #include "host/options.hpp"
 #include "host/registration.hpp"
 #include "host/session.hpp"
@@ -83,6 +84,10 @@ struct Parsed {
     ClassesOptions classes;
     ListOptions list;
     AuditOptions audit;
+    ArchiveOptions check;
+    EurosOptions euros;
+    MoveOptions move;
+    bool back = false;
     services::RightsOptions rights;
 };
 
@@ -185,7 +190,28 @@ void define(CLI::App& app, Parsed& p) {
     text(audit, "--class", p.audit.className, "only the writes of this class")->type_name("CLASS");
     audit->add_flag("--json", p.audit.json, "the entries as stored, one JSON object per line");
 
-    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit}) sub->fallthrough();
+    CLI::App* check = app.add_subcommand("check", "check the archive: the engine's check and every link between documents");
+    text(check, "--db", p.check.db, "the archive file (default: the configuration's archive)")->type_name("PATH");
+    text(check, "--config", p.check.config, "the configuration file")->type_name("FILE");
+    check->footer("Exit status 1 when anything is broken; each broken link is named.");
+
+    CLI::App* euros = app.add_subcommand("euros", "convert the archive's money to euros, once, in one transaction");
+    text(euros, "--db", p.euros.archive.db, "the archive file (default: the configuration's archive)")
+        ->type_name("PATH");
+    text(euros, "--config", p.euros.archive.config, "the configuration file")->type_name("FILE");
+    euros->add_flag("--dry-run", p.euros.dryRun, "say what would change and change nothing");
+
+    CLI::App* move = app.add_subcommand("move", "move a closing run's snapshots between the archive levels");
+    move->add_option("CLOSING", p.move.closing, "the closing run")->required()->check(wholeNumber(0, 2147483647));
+    auto* to = move->add_flag("--to-history", p.move.toHistory, "to the second level (HH tables)");
+    auto* back = move->add_flag("--back", p.back, "back from the second level");
+    to->excludes(back);
+    text(move, "--db", p.move.archive.db, "the archive file (default: the configuration's archive)")
+        ->type_name("PATH");
+    text(move, "--config", p.move.archive.config, "the configuration file")->type_name("FILE");
+    move->add_flag("--dry-run", p.move.dryRun, "say what would move and move nothing");
+
+    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit, check, euros, move}) sub->fallthrough();
     // Set last, so the commands (which copy their parent's settings when made) do not
     // repeat it: a command's help tells only its own options.
     app.footer(
@@ -275,6 +301,16 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
     if (cmd == "classes") return classesCommand(p.classes, out, err);
     if (cmd == "list") return listCommand(p.list, p.trace, out, err);
     if (cmd == "audit") return auditCommand(p.audit, out, err);
+    if (cmd == "check") return checkCommand(p.check, p.trace, out, err);
+    if (cmd == "euros") return eurosCommand(p.euros, p.trace, out, err);
+    if (cmd == "move") {
+        if (!p.move.toHistory && !p.back) {
+            err << "historicos move: one of --to-history or --back is required\n"
+                << "Run 'historicos move --help' for the options.\n";
+            return 2;
+        }
+        return moveCommand(p.move, p.trace, out, err);
+    }
     p.demo.orders = static_cast<std::size_t>(whole(p.orders));
     p.demo.seed = whole(p.seed);
     return demoCommand(p.demo, p.trace, out, err);

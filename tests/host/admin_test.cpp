@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -187,6 +188,59 @@ TEST_F(Admin, TheAuditLogHoldsCommittedWritesAndAuditReadsIt) {
     EXPECT_EQ(damaged.code, 1);
     EXPECT_NE(damaged.err.find("line 3 of " + log + " is not an audit entry"), std::string::npos) << damaged.err;
     EXPECT_EQ(runCommandLine({"audit", "--log", (home_->path / "none").string()}).code, 1);
+}
+
+// The archive's upkeep. Each case works on a copy of the sample so the others keep theirs.
+class Upkeep : public Admin {
+protected:
+    void SetUp() override {
+        copy_ = (home_->path / "upkeep.db").string();
+        std::filesystem::copy_file(db_, copy_, std::filesystem::copy_options::overwrite_existing);
+    }
+    void exec(const std::string& sql) {
+        sqlite3* h = nullptr;
+        ASSERT_EQ(sqlite3_open(copy_.c_str(), &h), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(h, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+        sqlite3_close(h);
+    }
+    std::string copy_;
+};
+
+TEST_F(Upkeep, CheckFindsEveryBrokenLinkAndSaysWhich) {
+    const auto sound = runCommandLine({"check", "--db", copy_});
+    EXPECT_EQ(sound.code, 0) << sound.out << sound.err;
+    EXPECT_NE(sound.out.find("engine check: sound\nevery link between documents holds\n"), std::string::npos);
+
+    exec("UPDATE HFacturas_Lineas SET Numero = 777777 WHERE ID = (SELECT MIN(ID) FROM HFacturas_Lineas)");
+    exec("UPDATE HOrdenes SET Doc_F = 888888 WHERE Numero = (SELECT MIN(Numero) FROM HOrdenes WHERE Facturado = 4)");
+    exec("UPDATE Numeradores SET SerieA = 1 WHERE Tabla = 'HAlbaranes' COLLATE BINARY");
+    exec("INSERT INTO Recibos (Id, Numero) VALUES (999001, 999999)");
+    const auto broken = runCommandLine({"check", "--db", copy_});
+    EXPECT_EQ(broken.code, 1);
+    for (const char* says :
+         {"BROKEN HFacturas_Lineas: a line of a document that does not exist: 1 row(s), e.g. ",
+          "BROKEN HOrdenes: invoiced (Facturado = 4) by an invoice that does not exist: 1 row(s), e.g. ",
+          " 888888\n", "BROKEN Numeradores: the counter of HAlbaranes series A is 1 but the table holds number ",
+          "BROKEN Recibos: a receipt of an invoice that does not exist: 1 row(s), e.g. 999001 999999\n",
+          "\n4 broken\n"})
+        EXPECT_NE(broken.out.find(says), std::string::npos) << says << "\n" << broken.out;
+}
+
+TEST_F(Upkeep, MoveGoesToTheSecondLevelAndBackInOneTransaction) {
+    exec("UPDATE HFacturas_Cabecera SET CIERRE = 4242 WHERE Id IN (SELECT Id FROM HFacturas_Cabecera LIMIT 3)");
+    const auto dry = runCommandLine({"move", "4242", "--to-history", "--dry-run", "--db", copy_});
+    ASSERT_EQ(dry.code, 0) << dry.err;
+    EXPECT_NE(dry.out.find("HFacturas_Cabecera / HHFacturas_Cabecera: 3 / 0 -> 0 / 3\n"), std::string::npos)
+        << dry.out;
+    // The dry run left both levels as they were.
+    EXPECT_NE(runCommandLine({"move", "4242", "--to-history", "--db", copy_})
+                  .out.find("HFacturas_Cabecera / HHFacturas_Cabecera: 3 / 0 -> 0 / 3\n"),
+              std::string::npos);
+    EXPECT_NE(runCommandLine({"move", "4242", "--back", "--db", copy_})
+                  .out.find("HFacturas_Cabecera / HHFacturas_Cabecera: 0 / 3 -> 3 / 0\n"),
+              std::string::npos);
+    EXPECT_EQ(runCommandLine({"move", "4242", "--db", copy_}).code, 2);
+    EXPECT_EQ(runCommandLine({"move", "x", "--back", "--db", copy_}).code, 2);
 }
 
 }  // namespace

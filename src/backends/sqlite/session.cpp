@@ -343,6 +343,24 @@ public:
 
     int depth() const override { return depth_; }
 
+    std::vector<std::string> integrityCheck() override {
+        // The session's own statement: the guard that refuses a caller's PRAGMA stands aside.
+        std::vector<std::string> problems;
+        sqlite3_stmt* st = nullptr;
+        internal_ = true;
+        int rc = sqlite3_prepare_v2(db_, "PRAGMA integrity_check", -1, &st, nullptr);
+        if (rc == SQLITE_OK) {
+            while ((rc = sqlite3_step(st)) == SQLITE_ROW) {
+                const auto* t = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
+                if (t && std::string_view(t) != "ok") problems.emplace_back(t);
+            }
+        }
+        sqlite3_finalize(st);
+        internal_ = false;
+        if (rc != SQLITE_DONE) fail(rc, "PRAGMA integrity_check");
+        return problems;
+    }
+
 private:
     using SteadyClock = std::chrono::steady_clock;
 
