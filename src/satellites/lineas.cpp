@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "ado/recordset.hpp"
+#include "documents/document_members.hpp"
 #include "frame/services/data_service.hpp"
 #include "platform/collection.hpp"
 #include "platform/error.hpp"
@@ -15,6 +16,7 @@
 namespace hist::satellites {
 
 using namespace frame;
+using documents::operator+;
 
 namespace {
 
@@ -133,12 +135,13 @@ constexpr FieldDefault kNumberedAcross{"ID", ValueSource::NuevoCodigoPlusCount};
 const ClassVariants kOrdenes = [] {
     ClassVariants v = lineClass("ClsOrdenesLineas", "HOrdenes_Lineas", kOrdenesSelect, "Orden", "Fabricacion_Lineas",
                                 kUnnumbered,
-                                {{"ReSumarReg", kReSumarReg},
-                                 {"ObtenerColDoc", kOrdenesObtenerColDoc},
-                                 {"Obtener", kOrdenesObtener},
-                                 {"Obtener_Todo", kOrdenesObtenerTodo},
-                                 {"Insertar", kOrdenesInsertar},
-                                 {"DeleteOne", kOrdenesDeleteOne}});
+                                documents::documentStatements("ClsOrdenesLineas") +
+                                    std::vector<NamedStatement>{{"ReSumarReg", kReSumarReg},
+                                                                {"ObtenerColDoc", kOrdenesObtenerColDoc},
+                                                                {"Obtener", kOrdenesObtener},
+                                                                {"Obtener_Todo", kOrdenesObtenerTodo},
+                                                                {"Insertar", kOrdenesInsertar},
+                                                                {"DeleteOne", kOrdenesDeleteOne}});
     // The order's lines key on number and date, and the date follows bFechaServidor.
     v.selections[0].clause = " Where (Numero = {id} AND Fecha = {FL:dtFecha} )";
     // Every line with a batch, by a selection of its own (batches compare as text).
@@ -152,7 +155,10 @@ const ClassVariants kOrdenes = [] {
     // The new number goes in quoted.
     v.convertirSerie = "UPDATE HOrdenes_Lineas SET Numero = '{vNewId}' WHERE(Numero = {vId})";
     v.obtenerCol = kOrdenesObtenerCol;
-    v.signatures = {lineAddNew()};
+    // FacturarDocumento addresses one line, by its number within an order.
+    v.signatures = {lineAddNew(),
+                    {"FacturarDocumento",
+                     {in("vId"), in("vNum"), in("iFacturado", PT::Integer), in("vIdFac"), optObj("cnnActive")}}};
     v.updateId = {.parent = "Orden", .key = ValueSource::NuevoCodigoCounter, .onlyUnnumbered = true};
     return v;
 }();
@@ -183,15 +189,15 @@ const ClassVariants kFacturas = [] {
     return v;
 }();
 
-// The invoicing members of the order lines (FacturarDocumento, CambiarDocumento,
-// CancelarFacturacion) and ActualizarEuros join this list after ReSumarReg, in that
-// order: ActualizarEuros, CambiarDocumento, CancelarFacturacion, FacturarDocumento.
+// bEstaFacturado, ActualizarEuros and the invoicing links are the document classes'
+// shared members (documents/document_members.hpp), run on the statements below.
 constexpr auto kOrdenesInterface = std::to_array<std::string_view>({
-    "sClassName", "bEstaFacturado", "ReSumarReg", "SeguridadPermiso", "GetCollectionRegs", "GetConnection",
-    "ObtenerCol", "ObtenerColDoc", "ObtenerColRs", "SetValor", "SetCantidad", "Obtener_Todo", "Obtener", "Insertar",
-    "IniciaRs", "ConvertirSerie", "CnnBeginTrans", "CnnCommitTrans", "CnnRollbackTrans", "NuevoCodigo", "AddNew",
-    "SetPuntos", "UpdateadAffectCurrent", "UpdateId", "DeleteAll", "DeleteOne", "EditingRecord", "AbsolutePosition",
-    "Delete", "Requery", "Update", "Cancel", "CancelBatch", "MoveFirst", "MoveLast", "MoveToBookmark", "MoveNext",
+    "sClassName", "bEstaFacturado", "ReSumarReg", "ActualizarEuros", "CambiarDocumento", "CancelarFacturacion",
+    "FacturarDocumento", "SeguridadPermiso", "GetCollectionRegs", "GetConnection", "ObtenerCol", "ObtenerColDoc",
+    "ObtenerColRs", "SetValor", "SetCantidad", "Obtener_Todo", "Obtener", "Insertar", "IniciaRs", "ConvertirSerie",
+    "CnnBeginTrans", "CnnCommitTrans", "CnnRollbackTrans", "NuevoCodigo", "AddNew", "SetPuntos",
+    "UpdateadAffectCurrent", "UpdateId", "DeleteAll", "DeleteOne", "EditingRecord", "AbsolutePosition", "Delete",
+    "Requery", "Update", "Cancel", "CancelBatch", "MoveFirst", "MoveLast", "MoveToBookmark", "MoveNext",
     "MovePrevious", "ExistenRegistros", "FindRecord", "FindReg", "ValidaDefinedSize", "ValidaKey", "ValidaValue",
     "GetFilter", "AplyFilter", "CreateFilter", "SetFilter", "SetOrder", "GetOrder", "GetHtmlFile", "ToHtmlGrid",
     "SumaCol"});
@@ -490,12 +496,6 @@ bool ClsOrdenesLineas::FindReg(const std::string& Criteria) {
     return !(r.Bof() || r.Eof());
 }
 
-bool ClsOrdenesLineas::bEstaFacturado() {
-    const Variant v = rs().value("Facturado");
-    if (v.isNull()) raise(err::InvalidUseOfNull, err::SrcRuntime);
-    return rt::CDbl(v) != 0;
-}
-
 // ------------------------------------------------------------ registration
 
 namespace {
@@ -540,7 +540,6 @@ void sharedLineMembers(ClassBuilder<T>& b, bool reSumarReg) {
 
 void orderLineMembers(ClassBuilder<ClsOrdenesLineas>& b) {
     sharedLineMembers(b, true);
-    b.get("bEstaFacturado", &ClsOrdenesLineas::bEstaFacturado);
     b.method("ObtenerColDoc", {inout("vId"), inout("iFact", PT::Integer), optObj("objCn")},
              &ClsOrdenesLineas::ObtenerColDoc);
     const std::vector<Param> obtener = {inout("vId"),
@@ -583,7 +582,7 @@ void orderLineMembers(ClassBuilder<ClsOrdenesLineas>& b) {
 }  // namespace
 
 void registerLineClasses(Registry& r) {
-    tools::defineRecordClass<ClsOrdenesLineas>(r, kOrdenes, kOrdenesInterface, orderLineMembers);
+    documents::defineDocumentClass<ClsOrdenesLineas>(r, kOrdenes, kOrdenesInterface, orderLineMembers);
     tools::defineRecordClass<ClsPedidosCliLineas>(r, kPedidos, kPedidosInterface,
                                                   [](auto& b) { sharedLineMembers(b, true); });
     tools::defineRecordClass<ClsAlbaranesLineas>(r, kAlbaranes, kAlbaranesInterface,

@@ -76,8 +76,6 @@ public:
     void DeleteOne(const Variant& vId, DateValue& dtFecha, const Variant& vIdRec, ConnPtr& cnnActive);
     // Find on field 0; false when the search ran off either end.
     bool FindReg(const std::string& Criteria);
-    // "Facturado" <> 0 of the current line; a null field fails 94.
-    bool bEstaFacturado();
 };
 
 class ClsPedidosCliLineas : public DocumentLines {
