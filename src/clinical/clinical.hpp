@@ -98,6 +98,29 @@ public:
     ClsOrdenesEtiquetas();
 };
 
+// The second data source, which some reads and INSERTs of the batch classes below use.
+inline constexpr int kSecondBase = 1;
+
+// What the phases, try-ins, declarations and claims declare alike, set over the class's
+// own declaration: rows entered through the recordset in a batch and given to their
+// order by "Código" (UpdateId entered only with rows, writing "Fecha", with no closing
+// MoveFirst), Update doing nothing on an empty selection, FindRecord by its Index
+// argument, NuevoCodigo closing its recordset, and listings that walk the grid's bound
+// fields in the order of field 0.
+inline frame::ClassVariants batchClass(frame::ClassVariants v) {
+    using namespace frame;
+    v.nuevoCodigoCloses = true;
+    v.signatures.push_back(
+        {"FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))}});
+    v.open = OpenForm::A;
+    v.update.guard = true;
+    v.findField = kFindByIndex;
+    v.updateId = {.parent = "Código", .moveFirstAfter = false, .countGuard = true};
+    v.listingWalk = ListingWalk::GridDataField;
+    v.listingSavedOrder = false;
+    return v;
+}
+
 // Each class file publishes its class.
 void registerOdontograma(Registry& r);
 void registerColor(Registry& r);

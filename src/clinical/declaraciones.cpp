@@ -23,17 +23,13 @@ constexpr Template kObtener =
     "SELECT Letra, Fecha, Producto, Finalidad, Declaracion  FROM HOrdenes_Declaraciones Where ((ID = {vId}) "
     "And  (Codigo = {vNum}))";
 
-// Obtener and ObtenerCol read from the second data source.
-constexpr int kSecondBase = 1;
-
-const ClassVariants kVariants{
+const ClassVariants kVariants = batchClass({
     .className = "ClsOrdenesDeclaraciones",
     .table = "HOrdenes_Declaraciones",
     .select = "SELECT  Fecha, Fecha_Codigo, Declaracion as Declaración, Letra, Producto, Finalidad, Id, Codigo as "
         "Código  FROM HOrdenes_Declaraciones",
     .selections = {{"seleccion", " Where (Codigo = {id} AND Fecha = {FL:dtFecha} )"}, {"ninguno", " Where Id = 0"}},
     .nuevoCodigo = "SELECT MAX(Declaracion) AS Nuevo_Codigo FROM HOrdenes_Declaraciones Where Codigo = {vCod}",
-    .nuevoCodigoCloses = true,
     .deleteAll = "DELETE  FROM HOrdenes_Declaraciones  WHERE (Codigo = {vId} AND Fecha_Codigo = {F:dtFecha} )",
     .convertirSerie = "UPDATE HOrdenes_Declaraciones SET Codigo = {vNewId} WHERE(Codigo = {vId})",
     // On the declaration's own date, where DeleteAll keys on the order's.
@@ -41,24 +37,17 @@ const ClassVariants kVariants{
     // Over all orders.
     .codigoLibre = "SELECT Declaracion FROM HOrdenes_Declaraciones WHERE Declaracion = {vId}",
     .statements = {{"Insertar", kInsertar}, {"Obtener", kObtener}},
-    .signatures = {{"FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))}}},
-    .open = OpenForm::A,
     .addNewDefaults = {{"Id", ValueSource::RecordCount},
                        {"Declaración", ValueSource::RecordCount},
                        {"Fecha", ValueSource::TodayShortDate},
                        {"Producto", ValueSource::Constant, Variant(std::string("Prótesis "))},
                        {"Finalidad", ValueSource::Constant,
                         Variant(std::string("Compensación o modificación de la anatomia dental"))}},
-    .update = {.guard = true, .scope = 3},
     .del = DeleteForm::Plain,
-    .findField = kFindByIndex,
-    .updateId = {.parent = "Código", .moveFirstAfter = false, .countGuard = true},
     // The current row alone; "ID" takes the counter's first value.
-    .affectCurrent = {.parent = "Código", .key = ValueSource::Counter},
+    .affectCurrent = {.key = ValueSource::Counter},
     .permissionGroup = "Ordenes",
-    .listingWalk = ListingWalk::GridDataField,
-    .listingSavedOrder = false,
-};
+});
 
 constexpr std::array<std::string_view, 46> kInterface{
     "sClassName", "GetConnection", "GetConnectionStrToRpt", "GetConnectionStr", "CodigoLibre", "Insertar",

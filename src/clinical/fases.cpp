@@ -35,10 +35,7 @@ constexpr Template kInsertar =
     "{D:dCant}, '{sCodEmpleado}', '{sCodFase}', '{sCodEmpleado}', {F:dtFecha_Ent}, '{T:dtHora_Ent}', "
     "'{T:dtTiempo}', {F:dtFecha_Codigo}, '1')";
 
-// Obtener, Insertar and the whole INSERT run on the second data source.
-constexpr int kSecondBase = 1;
-
-const ClassVariants kVariants{
+const ClassVariants kVariants = batchClass({
     .className = "ClsOrdenesFases",
     .table = "HOrdenes_Fases",
     .select = "SELECT  ID, Fecha as Inicio, Hora, Fecha_fin as Final, Hora_Fin, C_Fase , Descripcion as Descripción, "
@@ -49,28 +46,21 @@ const ClassVariants kVariants{
                    {"ninguno", " Where Id = 0"}},
     // One running number over the whole table: vCod is accepted and not used.
     .nuevoCodigo = "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Fases",
-    .nuevoCodigoCloses = true,
     .deleteAll = "DELETE  FROM HOrdenes_Fases  WHERE (Codigo = {vId} AND Fecha_Codigo = {F:dtFecha} )",
     .convertirSerie = "UPDATE HOrdenes_Fases SET Codigo = {vNewId} WHERE(Codigo = {vId})",
     .obtenerCol = "SELECT  ID, Codigo From HOrdenes_Fases Where (Codigo = {vId} AND Fecha_Codigo = {FL:dtFecha} )",
     .statements = {{"InicioFase", kInicioFase}, {"FinFase", kFinFase}, {"Insertar", kInsertar}, {"Obtener", kObtener}},
-    .signatures = {{"FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))}}},
-    .open = OpenForm::A,
     .orderOnIniciaRs = true,
     .addNewDefaults = {{"Id", ValueSource::RecordCount},
                        {"Finalizado", ValueSource::Constant, Variant(int16_t{0})},
                        {"Hora", ValueSource::TimeOfDay}},
-    .update = {.guard = true, .scope = 3},
     .del = DeleteForm::Plain,
-    .findField = kFindByIndex,
-    // The selection calls the date "Inicio": on a recordset from IniciaRs, "Fecha" fails.
-    .updateId = {.parent = "Código", .moveFirstAfter = false, .countGuard = true},
-    .affectCurrent = {.parent = "Código", .key = ValueSource::NuevoCodigoOfIdAlone},
+    // The selection calls the date "Inicio": on a recordset from IniciaRs, UpdateId
+    // fails at "Fecha".
+    .affectCurrent = {.key = ValueSource::NuevoCodigoOfIdAlone},
     .permissionGroup = "Fabricacion_Fases",
     .definedSize = DefinedSizeForm::WholePrecision,
-    .listingWalk = ListingWalk::GridDataField,
-    .listingSavedOrder = false,
-};
+});
 
 constexpr std::array<std::string_view, 47> kInterface{
     "sClassName", "GetConnection", "GetConnectionStrToRpt", "GetConnectionStr", "ObtenerColRs", "ObtenerCol",

@@ -27,10 +27,7 @@ constexpr Template kInsertarTodoSinFin =
     "INSERT INTO HOrdenes_Pruebas ( Id, Codigo, Fecha, Comentario, fecha_codigo ) Values ( {Id},{vCodigo} , "
     "{F:dtFecha}, '{sComentario}', {F:dtFecha_Codigo})";
 
-// Obtener, ObtenerCol and InsertarTodo's INSERT run on the second data source.
-constexpr int kSecondBase = 1;
-
-const ClassVariants kVariants{
+const ClassVariants kVariants = batchClass({
     .className = "ClsOrdenesPruebas",
     .table = "HOrdenes_Pruebas",
     .select = "SELECT   Fecha as Inicio, Fecha_fin as Final, Comentario as Descripción, Id, Codigo as Código  FROM "
@@ -42,7 +39,6 @@ const ClassVariants kVariants{
                    {"seleccion_h", " Where (Codigo = {id} AND Fecha_Codigo = {FL:dtFecha} )"},
                    {"ninguno", " Where Id = 0"}},
     .nuevoCodigo = "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Pruebas Where Codigo = {vCod}",
-    .nuevoCodigoCloses = true,
     .deleteAll = "DELETE  FROM HOrdenes_Pruebas  WHERE (Codigo = {vId} AND Fecha_Codigo = {F:dtFecha} )",
     .convertirSerie = "UPDATE HOrdenes_Pruebas SET Codigo = {vNewId} WHERE(Codigo = {vId})",
     .obtenerCol = "SELECT  ID, Codigo From HOrdenes_Pruebas Where (Codigo = {vId} AND Fecha_Codigo = {FL:dtFecha} )",
@@ -50,20 +46,14 @@ const ClassVariants kVariants{
                    {"InsertarTodo[with Fecha_Fin]", kInsertarTodo},
                    {"InsertarTodo[zero Fecha_Fin]", kInsertarTodoSinFin},
                    {"Obtener", kObtener}},
-    .signatures = {{"FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))}}},
-    .open = OpenForm::A,
     .orderOnIniciaRs = true,
     .addNewDefaults = {{"Id", ValueSource::RecordCount}},
-    .update = {.guard = true, .scope = 3},
     .del = DeleteForm::Plain,
-    .findField = kFindByIndex,
-    // The selection calls the date "Inicio": on a recordset from IniciaRs, "Fecha" fails.
-    .updateId = {.parent = "Código", .moveFirstAfter = false, .countGuard = true},
-    .affectCurrent = {.parent = "Código", .key = ValueSource::RecordCount},
+    // The selection calls the date "Inicio": on a recordset from IniciaRs, UpdateId
+    // fails at "Fecha".
+    .affectCurrent = {.key = ValueSource::RecordCount},
     .permissionGroup = "Fabricacion_Pruebas",
-    .listingWalk = ListingWalk::GridDataField,
-    .listingSavedOrder = false,
-};
+});
 
 constexpr std::array<std::string_view, 45> kInterface{
     "sClassName", "ObtenerColRs", "ObtenerCol", "Obtener", "GetConnection", "GetConnectionStrToRpt",

@@ -21,7 +21,7 @@ constexpr Template kInsertar =
     "INSERT INTO HOrdenes_Reclamaciones ( Id, Codigo, Fecha, Referencia, Numero, Descripcion, Incidencia ) "
     "Values ( {Id} , '{sCodigo}', '{T:dtFecha}', '{sRef}', '{vId}', '{sDescripcion}', '{sIncidencia}' )";
 
-const ClassVariants kVariants{
+const ClassVariants kVariants = batchClass({
     .className = "ClsOrdenesReclamaciones",
     .table = "HOrdenes_Reclamaciones",
     .select = "SELECT Id, Numero as Orden, Codigo AS Cliente, Referencia as Paciente, Devuelto, Incidencia, "
@@ -32,25 +32,19 @@ const ClassVariants kVariants{
     // The apostrophe before Where stays: the engine refuses the statement, so the
     // number (and Insertar, which asks it first) fails there.
     .nuevoCodigo = "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Reclamaciones 'Where Numero = {vCod}",
-    .nuevoCodigoCloses = true,
     .deleteAll = "DELETE  FROM HOrdenes_Reclamaciones  WHERE (Numero = {vId} AND Fecha = {F:dtFecha} )",
     .convertirSerie = "UPDATE HOrdenes_Reclamaciones SET Numero = {vNewId} WHERE(Numero = {vId})",
     .codigoLibre = "SELECT ID FROM HOrdenes_Reclamaciones WHERE ID = {vId}",
     .statements = {{"ExisteReclamacion", kExisteReclamacion}, {"Insertar", kInsertar}},
-    .signatures = {{"FindRecord", {in("Criteria", PT::String), optRef("Index", PT::Integer, Variant(int16_t{0}))}}},
-    .open = OpenForm::A,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
     .addNewDefaults = {{"Id", ValueSource::RecordCount}},
-    .update = {.guard = true, .scope = 1},
-    .findField = kFindByIndex,
-    // The selection has no "Código": on a recordset from IniciaRs both fail there.
-    .updateId = {.parent = "Código", .moveFirstAfter = false, .countGuard = true},
-    .affectCurrent = {.parent = "Código", .key = ValueSource::RecordCount},
+    .update = {.scope = 1},
+    // The selection has no "Código": on a recordset from IniciaRs UpdateId and
+    // UpdateadAffectCurrent fail there.
+    .affectCurrent = {.key = ValueSource::RecordCount},
     .permissionGroup = "HOrdenes_Reclamaciones",
-    .listingWalk = ListingWalk::GridDataField,
-    .listingSavedOrder = false,
-};
+});
 
 constexpr std::array<std::string_view, 45> kInterface{
     "GetRptPath", "sClassName", "ObtenerColRs", "GetConnection", "GetConnectionStrToRpt", "GetConnectionStr",

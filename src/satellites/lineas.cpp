@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "ado/recordset.hpp"
+#include "documents/document_members.hpp"
 #include "frame/services/data_service.hpp"
 #include "platform/collection.hpp"
 #include "platform/error.hpp"
@@ -15,6 +16,7 @@
 namespace hist::satellites {
 
 using namespace frame;
+using documents::operator+;
 
 namespace {
 
@@ -133,12 +135,13 @@ constexpr FieldDefault kNumberedAcross{"ID", ValueSource::NuevoCodigoPlusCount};
 const ClassVariants kOrdenes = [] {
     ClassVariants v = lineClass("ClsOrdenesLineas", "HOrdenes_Lineas", kOrdenesSelect, "Orden", "Fabricacion_Lineas",
                                 kUnnumbered,
-                                {{"ReSumarReg", kReSumarReg},
-                                 {"ObtenerColDoc", kOrdenesObtenerColDoc},
-                                 {"Obtener", kOrdenesObtener},
-                                 {"Obtener_Todo", kOrdenesObtenerTodo},
-                                 {"Insertar", kOrdenesInsertar},
-                                 {"DeleteOne", kOrdenesDeleteOne}});
+                                documents::documentStatements("ClsOrdenesLineas") +
+                                    std::vector<NamedStatement>{{"ReSumarReg", kReSumarReg},
+                                                                {"ObtenerColDoc", kOrdenesObtenerColDoc},
+                                                                {"Obtener", kOrdenesObtener},
+                                                                {"Obtener_Todo", kOrdenesObtenerTodo},
+                                                                {"Insertar", kOrdenesInsertar},
+                                                                {"DeleteOne", kOrdenesDeleteOne}});
     // The order's lines key on number and date, and the date follows bFechaServidor.
     v.selections[0].clause = " Where (Numero = {id} AND Fecha = {FL:dtFecha} )";
     // Every line with a batch, by a selection of its own (batches compare as text).
@@ -152,7 +155,10 @@ const ClassVariants kOrdenes = [] {
     // The new number goes in quoted.
     v.convertirSerie = "UPDATE HOrdenes_Lineas SET Numero = '{vNewId}' WHERE(Numero = {vId})";
     v.obtenerCol = kOrdenesObtenerCol;
-    v.signatures = {lineAddNew()};
+    // FacturarDocumento addresses one line, by its number within an order.
+    v.signatures = {lineAddNew(),
+                    {"FacturarDocumento",
+                     {in("vId"), in("vNum"), in("iFacturado", PT::Integer), in("vIdFac"), optObj("cnnActive")}}};
     v.updateId = {.parent = "Orden", .key = ValueSource::NuevoCodigoCounter, .onlyUnnumbered = true};
     return v;
 }();
@@ -183,15 +189,15 @@ const ClassVariants kFacturas = [] {
     return v;
 }();
 
-// The invoicing members of the order lines (FacturarDocumento, CambiarDocumento,
-// CancelarFacturacion) and ActualizarEuros join this list after ReSumarReg, in that
-// order: ActualizarEuros, CambiarDocumento, CancelarFacturacion, FacturarDocumento.
+// bEstaFacturado, ActualizarEuros and the invoicing links are the document classes'
+// shared members (documents/document_members.hpp), run on the statements below.
 constexpr auto kOrdenesInterface = std::to_array<std::string_view>({
-    "sClassName", "bEstaFacturado", "ReSumarReg", "SeguridadPermiso", "GetCollectionRegs", "GetConnection",
-    "ObtenerCol", "ObtenerColDoc", "ObtenerColRs", "SetValor", "SetCantidad", "Obtener_Todo", "Obtener", "Insertar",
-    "IniciaRs", "ConvertirSerie", "CnnBeginTrans", "CnnCommitTrans", "CnnRollbackTrans", "NuevoCodigo", "AddNew",
-    "SetPuntos", "UpdateadAffectCurrent", "UpdateId", "DeleteAll", "DeleteOne", "EditingRecord", "AbsolutePosition",
-    "Delete", "Requery", "Update", "Cancel", "CancelBatch", "MoveFirst", "MoveLast", "MoveToBookmark", "MoveNext",
+    "sClassName", "bEstaFacturado", "ReSumarReg", "ActualizarEuros", "CambiarDocumento", "CancelarFacturacion",
+    "FacturarDocumento", "SeguridadPermiso", "GetCollectionRegs", "GetConnection", "ObtenerCol", "ObtenerColDoc",
+    "ObtenerColRs", "SetValor", "SetCantidad", "Obtener_Todo", "Obtener", "Insertar", "IniciaRs", "ConvertirSerie",
+    "CnnBeginTrans", "CnnCommitTrans", "CnnRollbackTrans", "NuevoCodigo", "AddNew", "SetPuntos",
+    "UpdateadAffectCurrent", "UpdateId", "DeleteAll", "DeleteOne", "EditingRecord", "AbsolutePosition", "Delete",
+    "Requery", "Update", "Cancel", "CancelBatch", "MoveFirst", "MoveLast", "MoveToBookmark", "MoveNext",
     "MovePrevious", "ExistenRegistros", "FindRecord", "FindReg", "ValidaDefinedSize", "ValidaKey", "ValidaValue",
     "GetFilter", "AplyFilter", "CreateFilter", "SetFilter", "SetOrder", "GetOrder", "GetHtmlFile", "ToHtmlGrid",
     "SumaCol"});
@@ -231,27 +237,46 @@ std::string textOr(ado::Recordset& r, std::string_view field, std::string_view i
 }
 void assignText(std::string& target, std::string text) { target = std::move(text); }
 void assignText(Variant& target, std::string text) { target = Variant(std::move(text)); }
-
-// The "ID" of every row of a recordset from its first row, or no collection when it
-// has none; leaves it at EOF.
 }  // namespace
 
 // ------------------------------------------------------------ the money
 
-// The reads Obtener shares between the typed arguments of the order lines and the
-// Variants of the others: the code and amounts unguarded, the description kept on a
-// null field, the batch "0" on a null field.
+// The code and amounts unguarded, the description kept on a null field, the batch "0"
+// on a null field.
 template <class S, class D>
-void DocumentLines::readLine(ado::Recordset& r, S& sCodigo, S& sDescripcion, D& dCantidad, D& dPrecio, D& dDtoLin, D& dIva,
-              D& dImporte, S& sLote) {
-    readField(r, "Código", sCodigo, OnNull::Fail);
-    readField(r, "Descripción", sDescripcion, OnNull::Keep);
-    readField(r, "Cantidad", dCantidad, OnNull::Fail);
-    readField(r, "Precio", dPrecio, OnNull::Fail);
-    readField(r, "Dto", dDtoLin, OnNull::Fail);
-    readField(r, "Iva", dIva, OnNull::Fail);
-    readField(r, "Importe", dImporte, OnNull::Fail);
-    assignText(sLote, textOr(r, "Lote", "0"));
+RsPtr DocumentLines::obtainLine(const Statement& sql, ConnPtr& objCn, int iBase, S& sCodigo, S& sDescripcion,
+                                D& dCantidad, D& dPrecio, D& dDtoLin, D& dIva, D& dImporte, S& sLote) {
+    RsPtr r = open(sql, objCn, iBase);
+    if (recordCount(*r) == 0) return nullptr;
+    readField(*r, "Código", sCodigo, OnNull::Fail);
+    readField(*r, "Descripción", sDescripcion, OnNull::Keep);
+    readField(*r, "Cantidad", dCantidad, OnNull::Fail);
+    readField(*r, "Precio", dPrecio, OnNull::Fail);
+    readField(*r, "Dto", dDtoLin, OnNull::Fail);
+    readField(*r, "Iva", dIva, OnNull::Fail);
+    readField(*r, "Importe", dImporte, OnNull::Fail);
+    assignText(sLote, textOr(*r, "Lote", "0"));
+    return r;
+}
+
+void DocumentLines::insertLine(const Template& t, Variant& vDoc, Variant& vIdNewReg, DateValue& dtFecha,
+                               std::string& sCodigo, std::string& sDescripcion, double dCantidad, double dPrecio,
+                               double dDtoLin, double dIva, double dImporte, std::string& sLote, HoleValues more,
+                               ConnPtr& cnnActive) {
+    sDescripcion = services::ClsTextoLinea::shared()->NormalizaTexto(sDescripcion);
+    std::vector<HoleValue> holes = {{"sCodigo", Variant(sCodigo)},
+                                    {"sDescripcion", Variant(sDescripcion)},
+                                    {"dCantidad", Variant(dCantidad)},
+                                    {"dPrecio", Variant(dPrecio)},
+                                    {"dDtoLin", Variant(dDtoLin)},
+                                    {"dIva", Variant(dIva)},
+                                    {"dImporte", Variant(dImporte)},
+                                    {"sLote", Variant(sLote)},
+                                    {"vIdNewReg", vIdNewReg},
+                                    {"vDoc", vDoc},
+                                    {"dtFecha", Variant(dtFecha)}};
+    holes.insert(holes.end(), more.begin(), more.end());
+    execute(fill(t, holes), cnnActive);
 }
 
 
@@ -368,26 +393,15 @@ std::shared_ptr<services::ClsRegistroLinea> DocumentLines::GetCollectionRegs(Var
 void DocumentLines::Obtener(Variant& vId, Variant& sCodigo, Variant& sDescripcion, Variant& dCantidad,
                             Variant& dPrecio, Variant& dDtoLin, Variant& dIva, Variant& dImporte, Variant& sLote,
                             ConnPtr& objCn) {
-    RsPtr r = open(ownStatement("Obtener", {{"vId", vId}}), objCn);
-    if (recordCount(*r) > 0) readLine(*r, sCodigo, sDescripcion, dCantidad, dPrecio, dDtoLin, dIva, dImporte, sLote);
+    obtainLine(ownStatement("Obtener", {{"vId", vId}}), objCn, kBase, sCodigo, sDescripcion, dCantidad, dPrecio,
+               dDtoLin, dIva, dImporte, sLote);
 }
 
 void DocumentLines::Insertar(Variant& vDoc, Variant& vIdNewReg, DateValue& dtFecha, std::string& sCodigo,
                              std::string& sDescripcion, double& dCantidad, double& dPrecio, double& dDtoLin,
                              double& dIva, double& dImporte, std::string& sLote, ConnPtr& cnnActive) {
-    sDescripcion = services::ClsTextoLinea::shared()->NormalizaTexto(sDescripcion);
-    execute(fill(kInsertar, {{"sCodigo", Variant(sCodigo)},
-                             {"sDescripcion", Variant(sDescripcion)},
-                             {"dCantidad", Variant(dCantidad)},
-                             {"dPrecio", Variant(dPrecio)},
-                             {"dDtoLin", Variant(dDtoLin)},
-                             {"dIva", Variant(dIva)},
-                             {"dImporte", Variant(dImporte)},
-                             {"sLote", Variant(sLote)},
-                             {"vIdNewReg", vIdNewReg},
-                             {"vDoc", vDoc},
-                             {"dtFecha", Variant(dtFecha)}}),
-            cnnActive);
+    insertLine(kInsertar, vDoc, vIdNewReg, dtFecha, sCodigo, sDescripcion, dCantidad, dPrecio, dDtoLin, dIva,
+               dImporte, sLote, {}, cnnActive);
 }
 
 // ------------------------------------------------------------ ClsOrdenesLineas
@@ -405,8 +419,8 @@ ObjectPtr ClsOrdenesLineas::ObtenerColDoc(Variant& vId, int16_t& iFact, ConnPtr&
 void ClsOrdenesLineas::Obtener(Variant& vId, std::string& sCodigo, std::string& sDescripcion, double& dCantidad,
                                double& dPrecio, double& dDtoLin, double& dIva, double& dImporte, std::string& sLote,
                                Variant& vNum, ConnPtr& objCn) {
-    RsPtr r = open(fill(kOrdenesObtener, {{"vId", vId}, {"vNum", vNum}}), objCn);
-    if (recordCount(*r) > 0) readLine(*r, sCodigo, sDescripcion, dCantidad, dPrecio, dDtoLin, dIva, dImporte, sLote);
+    obtainLine(fill(kOrdenesObtener, {{"vId", vId}, {"vNum", vNum}}), objCn, kBase, sCodigo, sDescripcion,
+               dCantidad, dPrecio, dDtoLin, dIva, dImporte, sLote);
 }
 
 void ClsOrdenesLineas::Obtener_Todo(Variant& vId, std::string& sCodigo, std::string& sDescripcion,
@@ -414,9 +428,9 @@ void ClsOrdenesLineas::Obtener_Todo(Variant& vId, std::string& sCodigo, std::str
                                     double& dImporte, std::string& sLote, Variant& vNum, ConnPtr& objCn,
                                     std::string& sSeccion, std::string& sColabo, int16_t& iFacturado,
                                     double& dDocfactur, double& dPuntos) {
-    RsPtr r = open(fill(kOrdenesObtenerTodo, {{"vId", vId}, {"vNum", vNum}}), objCn, 1);
-    if (recordCount(*r) == 0) return;
-    readLine(*r, sCodigo, sDescripcion, dCantidad, dPrecio, dDtoLin, dIva, dImporte, sLote);
+    RsPtr r = obtainLine(fill(kOrdenesObtenerTodo, {{"vId", vId}, {"vNum", vNum}}), objCn, 1, sCodigo,
+                         sDescripcion, dCantidad, dPrecio, dDtoLin, dIva, dImporte, sLote);
+    if (!r) return;
     sSeccion = textOr(*r, "Sección", "0");
     sColabo = textOr(*r, "Empleado", "000");
     readField(*r, "Puntos", dPuntos, OnNull::Fail);
@@ -429,24 +443,14 @@ void ClsOrdenesLineas::Insertar(Variant& vDoc, Variant& vIdNewReg, DateValue& dt
                                 double& dIva, double& dImporte, std::string& sLote, std::string& sSeccion,
                                 std::string& sEmpleado, double& iPuntos, int16_t& iFacturado, Variant& vDocFac,
                                 ConnPtr& cnnActive) {
-    sDescripcion = services::ClsTextoLinea::shared()->NormalizaTexto(sDescripcion);
-    execute(fill(kOrdenesInsertar, {{"sCodigo", Variant(sCodigo)},
-                                    {"sDescripcion", Variant(sDescripcion)},
-                                    {"dCantidad", Variant(dCantidad)},
-                                    {"dPrecio", Variant(dPrecio)},
-                                    {"dDtoLin", Variant(dDtoLin)},
-                                    {"dIva", Variant(dIva)},
-                                    {"dImporte", Variant(dImporte)},
-                                    {"sLote", Variant(sLote)},
-                                    {"vIdNewReg", vIdNewReg},
-                                    {"vDoc", vDoc},
-                                    {"sSeccion", Variant(sSeccion)},
-                                    {"sEmpleado", Variant(sEmpleado)},
-                                    {"iPuntos", Variant(iPuntos)},
-                                    {"iFacturado", Variant(iFacturado)},
-                                    {"vDocFac", vDocFac},
-                                    {"dtFecha", Variant(dtFecha)}}),
-            cnnActive);
+    insertLine(kOrdenesInsertar, vDoc, vIdNewReg, dtFecha, sCodigo, sDescripcion, dCantidad, dPrecio, dDtoLin, dIva,
+               dImporte, sLote,
+               {{"sSeccion", Variant(sSeccion)},
+                {"sEmpleado", Variant(sEmpleado)},
+                {"iPuntos", Variant(iPuntos)},
+                {"iFacturado", Variant(iFacturado)},
+                {"vDocFac", vDocFac}},
+               cnnActive);
 }
 
 void ClsOrdenesLineas::SetValor(Variant& vId, std::string& sCodigo, std::string& sDescripcion, double& dCantidad,
@@ -490,15 +494,27 @@ bool ClsOrdenesLineas::FindReg(const std::string& Criteria) {
     return !(r.Bof() || r.Eof());
 }
 
-bool ClsOrdenesLineas::bEstaFacturado() {
-    const Variant v = rs().value("Facturado");
-    if (v.isNull()) raise(err::InvalidUseOfNull, err::SrcRuntime);
-    return rt::CDbl(v) != 0;
-}
-
 // ------------------------------------------------------------ registration
 
 namespace {
+
+// A line's values as the typed members take them (code, text, amounts, batch), between
+// the arguments `before` and `after` them.
+std::vector<Param> lineParams(std::initializer_list<Param> before, std::initializer_list<Param> after) {
+    std::vector<Param> p = before;
+    p.insert(p.end(), {inout("sCodigo", PT::String), inout("sDescripcion", PT::String), inout("dCantidad", PT::Double),
+                       inout("dPrecio", PT::Double), inout("dDtoLin", PT::Double), inout("dIva", PT::Double),
+                       inout("dImporte", PT::Double), inout("sLote", PT::String)});
+    p.insert(p.end(), after);
+    return p;
+}
+
+// Insertar's arguments: the order lines put theirs (`more`) before the connection.
+std::vector<Param> insertarParams(std::initializer_list<Param> more = {}) {
+    std::vector<Param> p = lineParams({inout("vDoc"), inout("vIdNewReg"), inout("dtFecha", PT::Date)}, more);
+    p.push_back(optObj("cnnActive"));
+    return p;
+}
 
 // The members the four classes share, with the argument lists of the three other
 // kinds; ClsOrdenesLineas defines its own forms of ObtenerCol, Obtener and Insertar
@@ -524,11 +540,7 @@ void sharedLineMembers(ClassBuilder<T>& b, bool reSumarReg) {
                     Variant& d5, Variant& l, ConnPtr& cn) {
                      c.DocumentLines::Obtener(vId, a, b2, d1, d2, d3, d4, d5, l, cn);
                  });
-        b.method("Insertar",
-                 {inout("vDoc"), inout("vIdNewReg"), inout("dtFecha", PT::Date), inout("sCodigo", PT::String),
-                  inout("sDescripcion", PT::String), inout("dCantidad", PT::Double), inout("dPrecio", PT::Double),
-                  inout("dDtoLin", PT::Double), inout("dIva", PT::Double), inout("dImporte", PT::Double),
-                  inout("sLote", PT::String), optObj("cnnActive")},
+        b.method("Insertar", insertarParams(),
                  [](T& c, Variant& vDoc, Variant& vIdNewReg, DateValue& dtFecha, std::string& sCodigo,
                     std::string& sDescripcion, double& dCantidad, double& dPrecio, double& dDtoLin, double& dIva,
                     double& dImporte, std::string& sLote, ConnPtr& cn) {
@@ -540,20 +552,9 @@ void sharedLineMembers(ClassBuilder<T>& b, bool reSumarReg) {
 
 void orderLineMembers(ClassBuilder<ClsOrdenesLineas>& b) {
     sharedLineMembers(b, true);
-    b.get("bEstaFacturado", &ClsOrdenesLineas::bEstaFacturado);
     b.method("ObtenerColDoc", {inout("vId"), inout("iFact", PT::Integer), optObj("objCn")},
              &ClsOrdenesLineas::ObtenerColDoc);
-    const std::vector<Param> obtener = {inout("vId"),
-                                        inout("sCodigo", PT::String),
-                                        inout("sDescripcion", PT::String),
-                                        inout("dCantidad", PT::Double),
-                                        inout("dPrecio", PT::Double),
-                                        inout("dDtoLin", PT::Double),
-                                        inout("dIva", PT::Double),
-                                        inout("dImporte", PT::Double),
-                                        inout("sLote", PT::String),
-                                        inout("vNum"),
-                                        optObj("objCn")};
+    const std::vector<Param> obtener = lineParams({inout("vId")}, {inout("vNum"), optObj("objCn")});
     b.method("Obtener", obtener, &ClsOrdenesLineas::Obtener);
     std::vector<Param> todo = obtener;
     for (Param p : {optRef("sSeccion", PT::String), optRef("sColabo", PT::String), optRef("iFacturado", PT::Integer),
@@ -561,17 +562,12 @@ void orderLineMembers(ClassBuilder<ClsOrdenesLineas>& b) {
         todo.push_back(p);
     b.method("Obtener_Todo", todo, &ClsOrdenesLineas::Obtener_Todo);
     b.method("Insertar",
-             {inout("vDoc"), inout("vIdNewReg"), inout("dtFecha", PT::Date), inout("sCodigo", PT::String),
-              inout("sDescripcion", PT::String), inout("dCantidad", PT::Double), inout("dPrecio", PT::Double),
-              inout("dDtoLin", PT::Double), inout("dIva", PT::Double), inout("dImporte", PT::Double),
-              inout("sLote", PT::String), inout("sSeccion", PT::String), inout("sEmpleado", PT::String),
-              inout("iPuntos", PT::Double), inout("iFacturado", PT::Integer), inout("vDocFac"), optObj("cnnActive")},
+             insertarParams({inout("sSeccion", PT::String), inout("sEmpleado", PT::String), inout("iPuntos", PT::Double),
+                             inout("iFacturado", PT::Integer), inout("vDocFac")}),
              &ClsOrdenesLineas::Insertar);
     b.method("SetValor",
-             {inout("vId"), inout("sCodigo", PT::String), inout("sDescripcion", PT::String),
-              inout("dCantidad", PT::Double), inout("dPrecio", PT::Double), inout("dDtoLin", PT::Double),
-              inout("dIva", PT::Double), inout("dImporte", PT::Double), inout("sLote", PT::String),
-              inout("sSeccion", PT::String), inout("sEmpleado", PT::String), inout("dPuntos", PT::Double)},
+             lineParams({inout("vId")},
+                        {inout("sSeccion", PT::String), inout("sEmpleado", PT::String), inout("dPuntos", PT::Double)}),
              &ClsOrdenesLineas::SetValor);
     b.method("SetCantidad", {inout("dCantidad", PT::Double)}, &ClsOrdenesLineas::SetCantidad);
     b.method("SetPuntos", {inout("vPuntos")}, &ClsOrdenesLineas::SetPuntos);
@@ -583,7 +579,7 @@ void orderLineMembers(ClassBuilder<ClsOrdenesLineas>& b) {
 }  // namespace
 
 void registerLineClasses(Registry& r) {
-    tools::defineRecordClass<ClsOrdenesLineas>(r, kOrdenes, kOrdenesInterface, orderLineMembers);
+    documents::defineDocumentClass<ClsOrdenesLineas>(r, kOrdenes, kOrdenesInterface, orderLineMembers);
     tools::defineRecordClass<ClsPedidosCliLineas>(r, kPedidos, kPedidosInterface,
                                                   [](auto& b) { sharedLineMembers(b, true); });
     tools::defineRecordClass<ClsAlbaranesLineas>(r, kAlbaranes, kAlbaranesInterface,

@@ -43,11 +43,19 @@ protected:
     template <class Step>
     void sumLines(ado::Recordset& r, bool bIncTax, double& dBase, double& dImpIva, double& dImpRecargo,
                   bool bRecargos, const Step& step, double* dTotal);
-    // The reads of Obtener, into the typed arguments of the order lines or the
-    // Variants of the others.
+    // Every Obtener: opens the line's selection and, when it has a row, reads it into
+    // the typed arguments of the order lines or the Variants of the others. Gives the
+    // recordset for further reads, or null when it had no row.
     template <class S, class D>
-    static void readLine(ado::Recordset& r, S& sCodigo, S& sDescripcion, D& dCantidad, D& dPrecio, D& dDtoLin,
-                         D& dIva, D& dImporte, S& sLote);
+    static frame::RsPtr obtainLine(const frame::Statement& sql, ConnPtr& objCn, int iBase, S& sCodigo,
+                                   S& sDescripcion, D& dCantidad, D& dPrecio, D& dDtoLin, D& dIva, D& dImporte,
+                                   S& sLote);
+    // Every Insertar: the description normalised first (the caller sees the normalised
+    // text), then the template filled with the holes every kind has and `more`, and run.
+    void insertLine(const frame::Template& t, Variant& vDoc, Variant& vIdNewReg, DateValue& dtFecha,
+                    std::string& sCodigo, std::string& sDescripcion, double dCantidad, double dPrecio,
+                    double dDtoLin, double dIva, double dImporte, std::string& sLote, frame::HoleValues more,
+                    ConnPtr& cnnActive);
 };
 
 class ClsOrdenesLineas : public DocumentLines {
@@ -76,8 +84,6 @@ public:
     void DeleteOne(const Variant& vId, DateValue& dtFecha, const Variant& vIdRec, ConnPtr& cnnActive);
     // Find on field 0; false when the search ran off either end.
     bool FindReg(const std::string& Criteria);
-    // "Facturado" <> 0 of the current line; a null field fails 94.
-    bool bEstaFacturado();
 };
 
 class ClsPedidosCliLineas : public DocumentLines {
