@@ -223,9 +223,11 @@ void copyListing(const std::string& path, std::ostream& out) {
 
 void writeListing(frame::RecordClass& cls, const ListOptions& o, std::ostream& out) {
     const ClassInfo* info = Registry::global().classOf(cls);
+    // The selection as this command filtered and sorted it, not a clone in the user's
+    // saved order with the saved filter.
     std::string key = o.keyword;
-    bool doClone = true;
-    bool filtered = o.filter.has_value();
+    bool doClone = false;
+    bool filtered = false;
     std::string member = o.format == "html" ? "ToHtmlGrid" : "ToTxt";
     if (!info || !info->find(member)) raise(438, "historicos.list", o.className + " has no " + member);
     if (o.format == "html") {
