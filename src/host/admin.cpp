@@ -1,8 +1,11 @@
 #include "host/admin.hpp"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <ostream>
 #include <sstream>
 
@@ -16,6 +19,7 @@
 #include "host/registration.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
+#include "platform/progress.hpp"
 #include "platform/runtime.hpp"
 #include "platform/text.hpp"
 #include "tools/tool_members.hpp"
@@ -116,14 +120,17 @@ std::vector<std::string> fieldNames(ado::Recordset& rs) {
 }
 
 template <class Row>
-void eachRow(ado::Recordset& rs, Row row) {
+void eachRow(ado::Recordset& rs, ProgressLine& progress, Row row) {
     if (rs.Bof() && rs.Eof()) return;
     rs.MoveFirst();
     const auto names = fieldNames(rs);
+    const auto total = static_cast<std::size_t>(std::max<long long>(rs.RecordCount(), 0));
     std::vector<Variant> values(names.size());
+    std::size_t done = 0;
     for (; !rs.Eof(); rs.MoveNext()) {
         for (std::size_t i = 0; i < names.size(); ++i) values[i] = rs.value(names[i]);
         row(values);
+        progress.update(++done, total);
     }
 }
 
@@ -132,12 +139,12 @@ std::size_t widthOf(const std::string& s) {
     return static_cast<std::size_t>(std::count_if(s.begin(), s.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-void writeTable(ado::Recordset& rs, std::ostream& out) {
+void writeTable(ado::Recordset& rs, std::ostream& out, ProgressLine& progress) {
     const auto names = fieldNames(rs);
     std::vector<std::vector<std::string>> rows;
     std::vector<std::size_t> width(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) width[i] = widthOf(names[i]);
-    eachRow(rs, [&](const std::vector<Variant>& values) {
+    eachRow(rs, progress, [&](const std::vector<Variant>& values) {
         auto& r = rows.emplace_back();
         for (std::size_t i = 0; i < values.size(); ++i) {
             std::string t = cellText(values[i]);
@@ -171,13 +178,13 @@ std::string csvField(const std::string& s) {
     return q + "\"";
 }
 
-void writeCsv(ado::Recordset& rs, std::ostream& out) {
+void writeCsv(ado::Recordset& rs, std::ostream& out, ProgressLine& progress) {
     auto record = [&](const std::vector<std::string>& cells) {
         for (std::size_t i = 0; i < cells.size(); ++i) out << (i ? "," : "") << csvField(cells[i]);
         out << "\r\n";
     };
     record(fieldNames(rs));
-    eachRow(rs, [&](const std::vector<Variant>& values) {
+    eachRow(rs, progress, [&](const std::vector<Variant>& values) {
         std::vector<std::string> cells;
         for (const auto& v : values) cells.push_back(cellText(v));
         record(cells);
@@ -198,9 +205,9 @@ nlohmann::json jsonValue(const Variant& v) {
     }
 }
 
-void writeJson(ado::Recordset& rs, std::ostream& out) {
+void writeJson(ado::Recordset& rs, std::ostream& out, ProgressLine& progress) {
     const auto names = fieldNames(rs);
-    eachRow(rs, [&](const std::vector<Variant>& values) {
+    eachRow(rs, progress, [&](const std::vector<Variant>& values) {
         nlohmann::ordered_json row = nlohmann::ordered_json::object();
         for (std::size_t i = 0; i < names.size(); ++i) row[names[i]] = jsonValue(values[i]);
         out << row.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
@@ -216,9 +223,11 @@ void copyListing(const std::string& path, std::ostream& out) {
 
 void writeListing(frame::RecordClass& cls, const ListOptions& o, std::ostream& out) {
     const ClassInfo* info = Registry::global().classOf(cls);
+    // The selection as this command filtered and sorted it, not a clone in the user's
+    // saved order with the saved filter.
     std::string key = o.keyword;
-    bool doClone = true;
-    bool filtered = o.filter.has_value();
+    bool doClone = false;
+    bool filtered = false;
     std::string member = o.format == "html" ? "ToHtmlGrid" : "ToTxt";
     if (!info || !info->find(member)) raise(438, "historicos.list", o.className + " has no " + member);
     if (o.format == "html") {
@@ -300,9 +309,12 @@ int listCommand(const ListOptions& o, bool trace, std::ostream& out, std::ostrea
             if (!file) raise(75, "historicos.list", "Path/File access error: " + *o.out);
         }
         std::ostream& dest = o.out ? static_cast<std::ostream&>(file) : out;
-        if (o.format == "table") writeTable(rs, dest);
-        else if (o.format == "csv") writeCsv(rs, dest);
-        else if (o.format == "json") writeJson(rs, dest);
+        // Rows written to a file or a pipe while a person watches the terminal.
+        ProgressLine progress(err, "rows", ProgressLine::forStandardError(err) && (o.out || &out != &std::cout ||
+                                                                                    !::isatty(1)));
+        if (o.format == "table") writeTable(rs, dest, progress);
+        else if (o.format == "csv") writeCsv(rs, dest, progress);
+        else if (o.format == "json") writeJson(rs, dest, progress);
         else writeListing(*cls, o, dest);
         dest.flush();
         if (!dest) raise(61, "historicos.list", "Disk full: " + o.out.value_or("standard output"));

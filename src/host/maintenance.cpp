@@ -12,6 +12,7 @@
 #include "frame/service_calls.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
+#include "platform/progress.hpp"
 #include "platform/runtime.hpp"
 
 namespace hist::host {
@@ -185,8 +186,12 @@ int eurosCommand(const EurosOptions& o, bool trace, std::ostream& out, std::ostr
             std::vector<std::vector<Variant>> before;
             for (const auto& s : sums) before.push_back(rowsOf(s.second, cn).at(0));
             // Totals and lines on one connection, so they stand or fall together.
+            ProgressLine progress(err, "classes converted", ProgressLine::forStandardError(err));
+            progress.update(0, 2);
             callWith(create("ClsOrdenes"), "ActualizarEuros", {}, cn);
+            progress.update(1, 2);
             callWith(create("ClsOrdenesLineas"), "ActualizarEuros", {}, cn);
+            progress.update(2, 2);
             for (std::size_t i = 0; i < sums.size(); ++i) {
                 const auto after = rowsOf(sums[i].second, cn).at(0);
                 out << sums[i].first << ": " << text(after[0]) << " rows, "

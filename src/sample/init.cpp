@@ -9,8 +9,11 @@
 
 #include "backends/engine.hpp"
 #include "platform/error.hpp"
+#include "platform/progress.hpp"
 #include "sample/db.hpp"
 #include "sample/sample.hpp"
+
+#include "platform/progress.hpp"
 #include "sql/catalog.hpp"
 
 namespace hist::sample {
@@ -173,13 +176,21 @@ int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
         // Long runs say how far they are, about every tenth of the way.
         const std::size_t step = opt.orders >= 20000 ? opt.orders / 10 : 0;
         std::size_t nextReport = step;
-        opt.progress = [&](std::size_t done, std::size_t total) {
-            if (step && (done >= nextReport || done == total)) {
-                out << "  work orders written: " << done << " of " << total << "\n" << std::flush;
-                while (nextReport <= done) nextReport += step;
-            }
-        };
-        const Result r = generate(built, opt);
+        // On a terminal the progress line shows it instead.
+        const bool terminal = ProgressLine::forStandardError(err);
+        Result r;
+        {
+            ProgressLine line(err, "work orders", terminal);  // erased before the result is told
+            opt.progress = [&](std::size_t done, std::size_t total) {
+                line.update(done, total);
+                if (!terminal && step && (done >= nextReport || done == total)) {
+                    out << "  work orders written: " << done << " of " << total << "\n" << std::flush;
+                    while (nextReport <= done) nextReport += step;
+                }
+            };
+            r = generate(built, opt);
+            opt.progress = nullptr;
+        }
         putInPlace(built, db, replacing);
         char secs[32];
         std::snprintf(secs, sizeof secs, "%.1f", r.seconds);

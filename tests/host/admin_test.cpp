@@ -226,6 +226,23 @@ TEST_F(Upkeep, CheckFindsEveryBrokenLinkAndSaysWhich) {
         EXPECT_NE(broken.out.find(says), std::string::npos) << says << "\n" << broken.out;
 }
 
+TEST_F(Upkeep, EurosConvertsTotalsAndLinesTogetherAndADryRunChangesNothing) {
+    exec("UPDATE HOrdenes SET Total = 166386");
+    exec("UPDATE HOrdenes_Lineas SET Importe = 332772");
+    const auto dry = runCommandLine({"euros", "--dry-run", "--db", copy_});
+    ASSERT_EQ(dry.code, 0) << dry.err;
+    const std::string before = dry.out;
+    EXPECT_NE(before.find(" rows, sum of Total "), std::string::npos) << before;
+    // Every order is 1.000,00 euros and every line 2.000,00 after the conversion.
+    const auto real = runCommandLine({"euros", "--db", copy_});
+    EXPECT_EQ(real.out.substr(0, real.out.rfind('\n', real.out.size() - 2)),
+              before.substr(0, before.rfind('\n', before.size() - 2)));
+    const auto again = runCommandLine({"euros", "--dry-run", "--db", copy_});
+    const std::size_t orders = std::stoul(again.out.substr(again.out.find(": ") + 2));
+    EXPECT_NE(again.out.find("sum of Total " + std::to_string(orders) + ".000,00 -> "), std::string::npos)
+        << again.out;
+}
+
 TEST_F(Upkeep, MoveGoesToTheSecondLevelAndBackInOneTransaction) {
     exec("UPDATE HFacturas_Cabecera SET CIERRE = 4242 WHERE Id IN (SELECT Id FROM HFacturas_Cabecera LIMIT 3)");
     const auto dry = runCommandLine({"move", "4242", "--to-history", "--dry-run", "--db", copy_});
