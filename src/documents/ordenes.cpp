@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "ado/recordset.hpp"
+#include "documents/commercial.hpp"
 #include "documents/document_members.hpp"
 #include "frame/services/data_service.hpp"
 #include "platform/clock.hpp"
@@ -444,7 +445,7 @@ std::vector<Param> orderParams(std::vector<Param> first, const std::vector<Param
 
 // ------------------------------------------------------------ registration
 
-void registerDocumentClasses(Registry& r) {
+void registerOrdenes(Registry& r) {
     defineDocumentClass<ClsOrdenes>(r, kOrdenes, kInterface, [](ClassBuilder<ClsOrdenes>& b) {
         b.method("ObtenerOtrosDatos",
                  {inout("vId"), inout("dtFechaEnt", PT::Date), inout("dtHoraEnta", PT::Date),
