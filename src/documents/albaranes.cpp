@@ -60,28 +60,15 @@ constexpr Template kObtenerCol =
     "{S:dtFchIni} And {S:dtFchFin}) AND ((Codigo) Like '{vId}') AND ((Serie) Like '{sSerie}') AND ((Facturado)=0) "
     "AND ((Bloqueado)=0));";
 
-constexpr std::string_view kInsertarArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado vDocE dImpImp bRecargo dImpRec dIrpf dImpIrpf sCtaContable "
-    "sCtaContrapartida sConcepto sTipoFactura sReferencia_2 iFacturado dFactura dFechaF";
-constexpr std::string_view kObtenerArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado iFacturado dFactura dImpImp bRecargo dImpRec dIrpf dImpIrpf "
-    "sCtaContable sCtaContrapartida sConcepto sTipoFactura dDocEmitido";
-
 const ClassVariants kAlbaranes{
     .className = "ClsAlbaranes",
     .table = "HAlbaranes",
     .select = kSelect,
-    .selections = [] {
-        std::vector<Selection> s{{"vista rapida", ""},
-                                 {"seleccion", " WHERE Numero = {id}"},
-                                 {"pendientes", " WHERE Facturado = 0"},
-                                 {"facturados", " WHERE Facturado = 4"}};
-        for (const Selection& d : deletionSelections()) s.push_back(d);
-        return s;
-    }(),
-    .nuevoCodigo = "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'",
+    .selections = withDeletionSelections({{"vista rapida", ""},
+                                          {"seleccion", " WHERE Numero = {id}"},
+                                          {"pendientes", " WHERE Facturado = 0"},
+                                          {"facturados", " WHERE Facturado = 4"}}),
+    .nuevoCodigo = kDocumentNuevoCodigo,
     .convertirSerie = kDocumentConvertirSerie,
     .obtenerCol = kObtenerCol,
     .obtenerColBase = kBase,
@@ -91,14 +78,7 @@ const ClassVariants kAlbaranes{
                                                                                    {"Insertar[no Fecha_F]",
                                                                                     kInsertarSinFecha},
                                                                                    {"Obtener", kObtener}},
-    .signatures = [] {
-        std::vector<Signature> s = documentSignatures();
-        s.push_back({"NuevoCodigo", {optRef("serie", PT::String, Variant("A")), optObj("objCn")}});
-        s.push_back({"ObtenerCol",
-                     {inout("vId"), inout("sSerie", PT::String), inout("dtFchIni", PT::Date),
-                      inout("dtFchFin", PT::Date), inout("dDesde"), inout("dHasta"), optObj("objCn")}});
-        return s;
-    }(),
+    .signatures = commercialSignatures(true),
     .open = OpenForm::E,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
@@ -142,15 +122,17 @@ void insertar(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
 }
 
 void obtener(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    obtenerDocument(cls, a, objCn, documentReads(OnNull::Empty, true));
+    readByNumber(cls, "Obtener", a, objCn, documentReads(OnNull::Empty, true));
 }
 
 }  // namespace
 
 void registerAlbaranes(Registry& r) {
     defineDocumentClass<ClsAlbaranes>(r, kAlbaranes, kInterface, [](ClassBuilder<ClsAlbaranes>& b) {
-        b.raw(namedMember("Insertar", documentParams(kInsertarArgs), &insertar));
-        b.raw(namedMember("Obtener", documentParamsFirstByValue(kObtenerArgs), &obtener));
+        const std::string own = " sReferencia_2 iFacturado dFactura dFechaF";
+        b.raw(namedMember("Insertar", documentParams(std::string(kDocumentInsertarArgs) + own), &insertar));
+        b.raw(namedMember("Obtener", documentParamsFirstByValue(std::string(kDocumentObtenerArgs) + " dDocEmitido"),
+                           &obtener));
     });
 }
 

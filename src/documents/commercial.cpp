@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "ado/recordset.hpp"
+#include "documents/document_members.hpp"
 #include "platform/error.hpp"
 
 namespace hist::documents {
@@ -134,10 +135,15 @@ std::vector<FieldRead> documentReads(OnNull referencia, bool withSource) {
     return reads;
 }
 
-void obtenerDocument(RecordClass& cls, ArgsByName& a, ConnPtr& objCn, std::span<const FieldRead> reads) {
-    services::RsPtr r = RecordClass::openStatement(cls.ownStatement("Obtener", {{"vId", a["vId"]}}), objCn);
+void readByNumber(RecordClass& cls, std::string_view statement, ArgsByName& a, ConnPtr& objCn,
+                  std::span<const FieldRead> reads) {
+    services::RsPtr r = RecordClass::openStatement(cls.ownStatement(statement, {{"vId", a["vId"]}}), objCn);
     if (r->RecordCount() <= 0) return;
     readFields(*r, a, reads);
+}
+
+void insertDocument(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
+    RecordClass::executeStatement(cls.ownStatement("Insertar", a.holes()), objCn);
 }
 
 std::vector<frame::FieldDefault> documentNewRow(std::string_view numberField) {
@@ -152,10 +158,21 @@ std::vector<frame::FieldDefault> documentNewRow(std::string_view numberField) {
     return out;
 }
 
-std::vector<frame::Selection> deletionSelections() {
-    return {{"deeliminardocumento", "  Where ( Documento_P =  '{id}')"},
-            {"deeliminartransportista", "  Where ( Transportista =  '{id}')"},
-            {"deeliminaralmacen", "  Where ( Almacen =  '{id}')"}};
+std::vector<frame::Selection> withDeletionSelections(std::vector<frame::Selection> own) {
+    own.push_back({"deeliminardocumento", "  Where ( Documento_P =  '{id}')"});
+    own.push_back({"deeliminartransportista", "  Where ( Transportista =  '{id}')"});
+    own.push_back({"deeliminaralmacen", "  Where ( Almacen =  '{id}')"});
+    return own;
+}
+
+std::vector<frame::Signature> commercialSignatures(bool withObtenerCol) {
+    std::vector<frame::Signature> s = documentSignatures();
+    s.push_back({"NuevoCodigo", {optRef("serie", PT::String, Variant("A")), optObj("objCn")}});
+    if (withObtenerCol)
+        s.push_back({"ObtenerCol",
+                     {inout("vId"), inout("sSerie", PT::String), inout("dtFchIni", PT::Date),
+                      inout("dtFchFin", PT::Date), inout("dDesde"), inout("dHasta"), optObj("objCn")}});
+    return s;
 }
 
 }  // namespace hist::documents

@@ -45,6 +45,17 @@ private:
 using NamedBody = void (*)(RecordClass&, ArgsByName&, ConnPtr&);
 Member namedMember(std::string name, std::vector<Param> params, NamedBody body);
 
+// The arguments of Insertar and Obtener that the customer order, the delivery note and
+// the invoice share, in their order; a class adds its own after them.
+inline constexpr std::string_view kDocumentInsertarArgs =
+    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
+    "dDtoPp dBase dPortes iImpuesto dTotal iEstado vDocE dImpImp bRecargo dImpRec dIrpf dImpIrpf sCtaContable "
+    "sCtaContrapartida sConcepto sTipoFactura";
+inline constexpr std::string_view kDocumentObtenerArgs =
+    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
+    "dDtoPp dBase dPortes iImpuesto dTotal iEstado iFacturado dFactura dImpImp bRecargo dImpRec dIrpf dImpIrpf "
+    "sCtaContable sCtaContrapartida sConcepto sTipoFactura";
+
 // The parameters of a blank-separated list of names, all by reference, typed by the
 // documents' naming: "s" text, "dt" and "dFecha" dates, "i" 16-bit integers, "v"
 // variants, "d" and "bRecargo" doubles; then the optional connection.
@@ -65,18 +76,27 @@ void readFields(ado::Recordset& r, ArgsByName& a, std::span<const FieldRead> rea
 // The reads of a whole customer order, delivery note or invoice (Obtener): the null
 // rule of "Referencia" differs by class, and only the delivery note reads "Doc_E".
 std::vector<FieldRead> documentReads(frame::OnNull referencia, bool withSource);
-// Obtener of those three: the class's "Obtener" statement for vId; with no row the
+// A read by number: the class's statement of that name for vId; with no row the
 // arguments stay as they came, else the reads.
-void obtenerDocument(RecordClass& cls, ArgsByName& a, ConnPtr& objCn, std::span<const FieldRead> reads);
+void readByNumber(RecordClass& cls, std::string_view statement, ArgsByName& a, ConnPtr& objCn,
+                  std::span<const FieldRead> reads);
+// Insertar of the documents that write every argument as it stands: the class's
+// "Insertar" filled from the arguments by name.
+void insertDocument(RecordClass& cls, ArgsByName& a, ConnPtr& objCn);
 
 // What AddNew writes into a new document row when bDefVal holds: the number (position 0,
 // named here) from NuevoCodigo in series "A" on no connection, the date as "Short Date"
 // text, zero amounts, not printed, state 0.
 std::vector<frame::FieldDefault> documentNewRow(std::string_view numberField);
 
-// The selections the three documents share after their own: documents of a type,
-// carrier or warehouse about to be deleted.
-std::vector<frame::Selection> deletionSelections();
+// A document's own selections followed by those the three documents share: documents
+// of a type, carrier or warehouse about to be deleted.
+std::vector<frame::Selection> withDeletionSelections(std::vector<frame::Selection> own);
+
+// The argument lists the four classes declare: the documents' (documentSignatures),
+// NuevoCodigo in series "A" by default, and where the class has it ObtenerCol by
+// customer and series pattern, date range and number range.
+std::vector<frame::Signature> commercialSignatures(bool withObtenerCol);
 
 // Each class file publishes its class.
 void registerOrdenes(Registry& r);

@@ -69,14 +69,6 @@ constexpr Template kDatosRecibo =
 
 constexpr Template kContabilizar = "UPDATE  HFacturas SET Facturado = {iFacturado} WHERE(Numero = {vId})";
 
-constexpr std::string_view kInsertarArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado vDocE dImpImp bRecargo dImpRec dIrpf dImpIrpf sCtaContable "
-    "sCtaContrapartida sConcepto sTipoFactura";
-constexpr std::string_view kObtenerArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado iFacturado dFactura dImpImp bRecargo dImpRec dIrpf dImpIrpf "
-    "sCtaContable sCtaContrapartida sConcepto sTipoFactura";
 constexpr std::string_view kDatosReciboArgs =
     "vId dtFecha sSerie sCod sEmpresa sDivisa dCambio dTotaldivisa sFPago dTotal sCtaContable sCtaContrapartida "
     "sTipoFactura";
@@ -86,16 +78,12 @@ const ClassVariants kFacturas{
     .table = "HFacturas",
     .select = kSelect,
     // "pedidos" has no WHERE: the engine refuses it, as it always has.
-    .selections = [] {
-        std::vector<Selection> s{{"vista rapida", ""},
-                                 {"seleccion", " WHERE Numero = {id}"},
-                                 {"pendientes", " WHERE Facturado = 0"},
-                                 {"pedidos", " Estado = 1 or Estado = 2"},
-                                 {"facturados", " WHERE Facturado = 4"}};
-        for (const Selection& d : deletionSelections()) s.push_back(d);
-        return s;
-    }(),
-    .nuevoCodigo = "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'",
+    .selections = withDeletionSelections({{"vista rapida", ""},
+                                          {"seleccion", " WHERE Numero = {id}"},
+                                          {"pendientes", " WHERE Facturado = 0"},
+                                          {"pedidos", " Estado = 1 or Estado = 2"},
+                                          {"facturados", " WHERE Facturado = 4"}}),
+    .nuevoCodigo = kDocumentNuevoCodigo,
     .codigoLibre = kDocumentCodigoLibre,
     .statements = documentStatements("ClsFacturas") +
                   std::vector<NamedStatement>{{"Insertar", kInsertar},
@@ -104,11 +92,7 @@ const ClassVariants kFacturas{
                                               {"ActualizarTotal[write]", kTotalesEscribir},
                                               {"ObtenerDatosRecibo", kDatosRecibo},
                                               {"ContabilizarFactura", kContabilizar}},
-    .signatures = [] {
-        std::vector<Signature> s = documentSignatures();
-        s.push_back({"NuevoCodigo", {optRef("serie", PT::String, Variant("A")), optObj("objCn")}});
-        return s;
-    }(),
+    .signatures = commercialSignatures(false),
     .open = OpenForm::E,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
@@ -206,13 +190,9 @@ void ClsFacturas::ContabilizarFactura(const Variant& vId, int16_t iFacturado, co
 
 namespace {
 
-void insertar(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    RecordClass::executeStatement(cls.ownStatement("Insertar", a.holes()), objCn);
-}
-
 // A Null "Referencia" leaves sRef as it came, unlike the delivery note.
 void obtener(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    obtenerDocument(cls, a, objCn, documentReads(OnNull::Keep, false));
+    readByNumber(cls, "Obtener", a, objCn, documentReads(OnNull::Keep, false));
 }
 
 // The one read of an invoice that gives Documento_P, and the one where no Null fails.
@@ -230,9 +210,7 @@ void obtenerDatosRecibo(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
                                                        {"CTA_Contable", "sCtaContable", Keep},
                                                        {"CTA_Contrapartida", "sCtaContrapartida", Keep},
                                                        {"Documento_P", "sTipoFactura", Keep}}};
-    services::RsPtr r =
-        RecordClass::openStatement(cls.ownStatement("ObtenerDatosRecibo", {{"vId", a["vId"]}}), objCn);
-    if (r->RecordCount() > 0) readFields(*r, a, kReads);
+    readByNumber(cls, "ObtenerDatosRecibo", a, objCn, kReads);
 }
 
 }  // namespace
@@ -242,9 +220,10 @@ void registerFacturas(Registry& r) {
         b.method("ContabilizarFactura",
                  {in("vId"), in("iFacturado", PT::Integer), in("vIdFac"), optObj("cnnActive")},
                  &ClsFacturas::ContabilizarFactura);
-        b.raw(namedMember("Insertar", documentParams(kInsertarArgs), &insertar));
-        b.raw(namedMember("ObtenerDatosRecibo", documentParamsFirstByValue(kDatosReciboArgs), &obtenerDatosRecibo));
-        b.raw(namedMember("Obtener", documentParams(kObtenerArgs), &obtener));
+        b.raw(namedMember("Insertar", documentParams(kDocumentInsertarArgs), &insertDocument));
+        b.raw(namedMember("ObtenerDatosRecibo", documentParamsFirstByValue(kDatosReciboArgs),
+                           &obtenerDatosRecibo));
+        b.raw(namedMember("Obtener", documentParams(kDocumentObtenerArgs), &obtener));
         b.method("ActualizarTotal", {inout("vId"), optObj("objCn")}, &ClsFacturas::ActualizarTotal);
     });
 }

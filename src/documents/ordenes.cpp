@@ -89,7 +89,7 @@ const ClassVariants kOrdenes{
                    {"seleccion", " WHERE Numero = {id}"},
                    {"pendientes", " WHERE Cerrada <> 'Cerrada'", true, false, "todos"},
                    {"facturados", " WHERE Facturado = 4"}},
-    .nuevoCodigo = "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'",
+    .nuevoCodigo = kDocumentNuevoCodigo,
     .deleteAll = "DELETE  FROM {table}  WHERE (Numero = {vId} AND Fecha = {F:dtFecha} )",
     .convertirSerie = kDocumentConvertirSerie,
     .codigoLibre = kDocumentCodigoLibre,

@@ -48,31 +48,18 @@ constexpr Template kObtenerCol =
     "SELECT Numero From HPedidos_Clientes WHERE (((Numero) Between {dDesde} And {dHasta}) AND ((Fecha) Between "
     "{S:dtFchIni} And {S:dtFchFin}) AND ((Codigo) Like '{vId}') AND ((Serie) Like '{sSerie}') AND ((Facturado)=0));";
 
-constexpr std::string_view kInsertarArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado vDocE dImpImp bRecargo dImpRec dIrpf dImpIrpf sCtaContable "
-    "sCtaContrapartida sConcepto sTipoFactura sReferencia_2";
-constexpr std::string_view kObtenerArgs =
-    "vId dtFecha sSerie sCod sEmpresa sTarifa sAlmacen sRef sTransportista sDivisa dCambio dTotaldivisa sFPago dDto "
-    "dDtoPp dBase dPortes iImpuesto dTotal iEstado iFacturado dFactura dImpImp bRecargo dImpRec dIrpf dImpIrpf "
-    "sCtaContable sCtaContrapartida sConcepto sTipoFactura";
-
 const ClassVariants kPedidosCli{
     .className = "ClsPedidosCli",
     .table = "HPedidos_Clientes",
     .select = kSelect,
     // "pendientes" ends in a blank; "entregados" has no WHERE and the engine refuses it;
     // "facturados" keeps every taken order, whatever its code.
-    .selections = [] {
-        std::vector<Selection> s{{"vista rapida", ""},
-                                 {"seleccion", " WHERE Numero = {id}"},
-                                 {"pendientes", " WHERE Facturado = 0 "},
-                                 {"entregados", " Estado = 1 or Estado = 2"},
-                                 {"facturados", " WHERE Facturado <> 0"}};
-        for (const Selection& d : deletionSelections()) s.push_back(d);
-        return s;
-    }(),
-    .nuevoCodigo = "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'",
+    .selections = withDeletionSelections({{"vista rapida", ""},
+                                          {"seleccion", " WHERE Numero = {id}"},
+                                          {"pendientes", " WHERE Facturado = 0 "},
+                                          {"entregados", " Estado = 1 or Estado = 2"},
+                                          {"facturados", " WHERE Facturado <> 0"}}),
+    .nuevoCodigo = kDocumentNuevoCodigo,
     .convertirSerie = kDocumentConvertirSerie,
     .obtenerCol = kObtenerCol,
     .obtenerColBase = kBase,
@@ -80,14 +67,7 @@ const ClassVariants kPedidosCli{
     .codigoLibre = kDocumentCodigoLibre,
     .statements = documentStatements("ClsPedidosCli") +
                   std::vector<NamedStatement>{{"Insertar", kInsertar}, {"Obtener", kObtener}},
-    .signatures = [] {
-        std::vector<Signature> s = documentSignatures();
-        s.push_back({"NuevoCodigo", {optRef("serie", PT::String, Variant("A")), optObj("objCn")}});
-        s.push_back({"ObtenerCol",
-                     {inout("vId"), inout("sSerie", PT::String), inout("dtFchIni", PT::Date),
-                      inout("dtFchFin", PT::Date), inout("dDesde"), inout("dHasta"), optObj("objCn")}});
-        return s;
-    }(),
+    .signatures = commercialSignatures(true),
     .open = OpenForm::E,
     .orderOnIniciaRs = true,
     .orderOnRequery = true,
@@ -114,21 +94,18 @@ constexpr auto kInterface = std::to_array<std::string_view>({
 
 ClsPedidosCli::ClsPedidosCli() : RecordClass(kPedidosCli) {}
 
-void insertar(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    RecordClass::executeStatement(cls.ownStatement("Insertar", a.holes()), objCn);
-}
-
 // As the delivery note's read, without its source number.
 void obtener(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    obtenerDocument(cls, a, objCn, documentReads(OnNull::Empty, false));
+    readByNumber(cls, "Obtener", a, objCn, documentReads(OnNull::Empty, false));
 }
 
 }  // namespace
 
 void registerPedidosCli(Registry& r) {
     defineDocumentClass<ClsPedidosCli>(r, kPedidosCli, kInterface, [](ClassBuilder<ClsPedidosCli>& b) {
-        b.raw(namedMember("Insertar", documentParams(kInsertarArgs), &insertar));
-        b.raw(namedMember("Obtener", documentParams(kObtenerArgs), &obtener));
+        b.raw(namedMember("Insertar", documentParams(std::string(kDocumentInsertarArgs) + " sReferencia_2"),
+                           &insertDocument));
+        b.raw(namedMember("Obtener", documentParams(kDocumentObtenerArgs), &obtener));
     });
 }
 

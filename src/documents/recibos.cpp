@@ -76,8 +76,7 @@ const ClassVariants kRecibos{
                                                                                  {"PresentarRecibo", kPresentar},
                                                                                  {"RecibosPagados", kPagados}},
     .signatures = [] {
-        std::vector<Signature> s = documentSignatures();
-        s.push_back({"NuevoCodigo", {optRef("serie", PT::String, Variant("A")), optObj("objCn")}});
+        std::vector<Signature> s = commercialSignatures(false);
         s.push_back({"DeleteAll", {in("vId"), optObj("cnnActive")}});
         return s;
     }(),
@@ -122,7 +121,8 @@ void ClsRecibos::CambEstadoRecibos(const std::shared_ptr<Collection>& cRecords, 
     replacePrimaryConnection(cn);
     if (cRecords) {
         for (int32_t i = 1; i <= cRecords->Count(); ++i)
-            execute(ownStatement("CambEstadoRecibos", {{"bEstdo", Variant(bEstdo)}, {"element", cRecords->Item(Variant(i))}}),
+            execute(ownStatement("CambEstadoRecibos",
+                                 {{"bEstdo", Variant(bEstdo)}, {"element", cRecords->Item(Variant(i))}}),
                     cn);
     }
     cn->Close();
@@ -145,11 +145,8 @@ bool ClsRecibos::RecibosPagados(const Variant& vId, ConnPtr& objCn) {
 
 namespace {
 
-void insertar(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
-    RecordClass::executeStatement(cls.ownStatement("Insertar", a.holes()), objCn);
-}
-
-// One receipt by its own key; the date is the due date. Every field is tested for Null.
+// One receipt by its own key ("Id", from vId); the date is the due date. Every field,
+// the state too, is tested for Null.
 void obtener(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
     using enum OnNull;
     static constexpr std::array<FieldRead, 8> kReads{{{"Numero", "vIdRecibo", Keep},
@@ -160,8 +157,7 @@ void obtener(RecordClass& cls, ArgsByName& a, ConnPtr& objCn) {
                                                       {"Total", "dTotal", Keep},
                                                       {"Estado", "iEstado", Keep},
                                                       {"cta", "sContaTeso", Keep}}};
-    services::RsPtr r = RecordClass::openStatement(cls.ownStatement("Obtener", {{"vId", a["vId"]}}), objCn);
-    if (r->RecordCount() > 0) readFields(*r, a, kReads);
+    readByNumber(cls, "Obtener", a, objCn, kReads);
 }
 
 }  // namespace
@@ -177,7 +173,7 @@ void registerRecibos(Registry& r) {
                  &ClsRecibos::PresentarRecibo);
         b.method("RecibosPagados", {in("vId"), optObj("objCn")}, &ClsRecibos::RecibosPagados);
         b.raw(namedMember("Obtener", documentParamsFirstByValue(kObtenerArgs), &obtener));
-        b.raw(namedMember("Insertar", documentParams(kInsertarArgs), &insertar));
+        b.raw(namedMember("Insertar", documentParams(kInsertarArgs), &insertDocument));
     });
 }
 
