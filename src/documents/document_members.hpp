@@ -33,6 +33,10 @@ std::vector<frame::NamedStatement> documentStatements(std::string_view className
 // CodigoLibre of the five document classes (the frame's member runs it).
 inline constexpr frame::Template kDocumentCodigoLibre = "SELECT Numero FROM {table} WHERE Numero = {vId}";
 
+// NuevoCodigo of the four numbered document classes: the highest number within a series.
+inline constexpr frame::Template kDocumentNuevoCodigo =
+    "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'";
+
 // ConvertirSerie of the document classes: the new number twice, the series written.
 inline constexpr frame::Template kDocumentConvertirSerie =
     "UPDATE {table} SET Numero = {vNewId} , Numero_Barras = '{vNewId}' , Serie = '{sSerie}' WHERE(Numero = {vId})";

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "ado/recordset.hpp"
+#include "documents/commercial.hpp"
 #include "documents/document_members.hpp"
 #include "frame/services/data_service.hpp"
 #include "platform/clock.hpp"
@@ -88,7 +89,7 @@ const ClassVariants kOrdenes{
                    {"seleccion", " WHERE Numero = {id}"},
                    {"pendientes", " WHERE Cerrada <> 'Cerrada'", true, false, "todos"},
                    {"facturados", " WHERE Facturado = 4"}},
-    .nuevoCodigo = "SELECT MAX(Numero) AS Nuevo_Codigo FROM {table} WHERE Serie = '{serie}'",
+    .nuevoCodigo = kDocumentNuevoCodigo,
     .deleteAll = "DELETE  FROM {table}  WHERE (Numero = {vId} AND Fecha = {F:dtFecha} )",
     .convertirSerie = kDocumentConvertirSerie,
     .codigoLibre = kDocumentCodigoLibre,
@@ -444,7 +445,7 @@ std::vector<Param> orderParams(std::vector<Param> first, const std::vector<Param
 
 // ------------------------------------------------------------ registration
 
-void registerDocumentClasses(Registry& r) {
+void registerOrdenes(Registry& r) {
     defineDocumentClass<ClsOrdenes>(r, kOrdenes, kInterface, [](ClassBuilder<ClsOrdenes>& b) {
         b.method("ObtenerOtrosDatos",
                  {inout("vId"), inout("dtFechaEnt", PT::Date), inout("dtHoraEnta", PT::Date),

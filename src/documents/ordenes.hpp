@@ -71,7 +71,7 @@ protected:
     void writeNewRowDefaults(ado::Recordset& rs) override;
 };
 
-// Publishes the document classes for dispatch.
+// Publishes the five document classes for dispatch (registration.cpp).
 void registerDocumentClasses(Registry& r);
 
 }  // namespace documents

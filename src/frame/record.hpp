@@ -107,6 +107,11 @@ public:
     // The "ID" of each row of the class's ObtenerCol selection, no key; no object when
     // it has no rows.
     std::shared_ptr<Collection> ObtenerCol(Variant& vId, DateValue& dtFecha, ConnPtr& objCn);
+    // ObtenerCol with every value a template may select by: the documents' customer
+    // pattern vId, series pattern, date range (as day counts) and number range.
+    std::shared_ptr<Collection> ObtenerColIn(Variant& vId, std::string& sSerie, DateValue& dtFchIni,
+                                             DateValue& dtFchFin, Variant& dDesde, Variant& dHasta,
+                                             DateValue& dtFecha, ConnPtr& objCn);
     // The same over the primary recordset as it stands; the cursor is left at EOF.
     std::shared_ptr<Collection> ObtenerColRs();
 
@@ -135,6 +140,7 @@ public:
     // The class's own statement of that name (ClassVariants::statements), filled; a
     // name the class does not declare is a programming error (std::logic_error).
     Statement ownStatement(std::string_view name, HoleValues values) const;
+    Statement ownStatement(std::string_view name, std::span<const HoleValue> values) const;
     // The optional-connection rule of a writing member, and a reading member's open.
     static void executeStatement(const Statement& sql, ConnPtr& objCn, int iBase = kBase) {
         execute(sql, objCn, iBase);
@@ -186,8 +192,12 @@ protected:
     // The "ID" of a line not yet numbered: -1.
     static bool isUnnumbered(const Variant& id);
 
-    // Every row's "ID" from the first to EOF, or no object when there is none.
-    static std::shared_ptr<Collection> collectIds(ado::Recordset& r);
+    // Every row's field (its "ID") from the first to EOF, or no object when there is none.
+    static std::shared_ptr<Collection> collectIds(ado::Recordset& r, std::string_view field = "ID");
+
+    // Puts a connection into the class's connection field in place of what it held
+    // (the transaction members then work on it).
+    void replacePrimaryConnection(ConnPtr cn) { cnnPrimary_ = std::move(cn); }
 
     // The recordset that the members work on; error 91 while unset.
     ado::Recordset& rs();

@@ -88,6 +88,10 @@ Variant RecordClass::sourcedValue(ValueSource source, const Variant& vId, const 
             ConnPtr none;
             return NuevoCodigo(vId, none);
         }
+        case ValueSource::NuevoCodigoInSeries: {
+            ConnPtr none;
+            return NuevoCodigoIn(Variant(), rt::CStr(constant), none);
+        }
         case ValueSource::Constant:
             return constant;
         case ValueSource::TimeOfDay:
@@ -119,6 +123,7 @@ void RecordClass::Update() {
     auto& r = rs();
     if (v_.update.guard && bofAndEof(r)) return;
     if (!v_.update.copyInto.empty()) r.setValue(v_.update.copyInto, r.value(v_.update.copyFrom));
+    if (!v_.update.stampTime.empty()) r.setValue(v_.update.stampTime, sourcedValue(ValueSource::TimeOfDay, Variant()));
     r.UpdateBatch(v_.update.scope);
 }
 

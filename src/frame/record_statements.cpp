@@ -38,6 +38,10 @@ Variant RecordClass::NuevoCodigo(const Variant& vCod, ConnPtr& objCn) { return N
 Variant RecordClass::NuevoCodigoIn(const Variant& vCod, const std::string& serie, ConnPtr& objCn) {
     RsPtr r = open(fill(v_.nuevoCodigo, {{"vCod", vCod}, {"serie", Variant(serie)}}), objCn);
     Variant result = nextCode(*r);
+    if (v_.nuevoCodigoWithinSize && rt::IsNumeric(result)) {
+        const int32_t size = static_cast<int32_t>(r->Fields()->Item(Variant("Nuevo_Codigo"))->DefinedSize());
+        if (static_cast<int32_t>(rt::CStr(result).size()) > size) result = r->value("Nuevo_Codigo");
+    }
     if (v_.nuevoCodigoCloses) r->Close();
     return result;
 }
@@ -54,6 +58,10 @@ void RecordClass::ConvertirSerie(const Variant& vId, const Variant& vNewId, cons
 }
 
 Statement RecordClass::ownStatement(std::string_view name, HoleValues values) const {
+    return ownStatement(name, std::span<const HoleValue>(values.begin(), values.size()));
+}
+
+Statement RecordClass::ownStatement(std::string_view name, std::span<const HoleValue> values) const {
     for (const NamedStatement& s : v_.statements)
         if (s.name == name) return fill(s.text, values);
     throw std::logic_error(std::string(v_.className) + " declares no statement " + std::string(name));
@@ -101,17 +109,33 @@ bool RecordClass::CodigoLibre(Variant& vId, ConnPtr& objCn) {
     return recordCount(*r) < 1;
 }
 
-std::shared_ptr<Collection> RecordClass::collectIds(ado::Recordset& r) {
+std::shared_ptr<Collection> RecordClass::collectIds(ado::Recordset& r, std::string_view field) {
     if (bofAndEof(r)) return nullptr;
     auto ids = std::make_shared<Collection>();
     r.MoveFirst();
-    for (; !r.Eof(); r.MoveNext()) ids->Add(r.value("ID"));
+    for (; !r.Eof(); r.MoveNext()) ids->Add(r.value(field));
     return ids;
 }
 
 std::shared_ptr<Collection> RecordClass::ObtenerCol(Variant& vId, DateValue& dtFecha, ConnPtr& objCn) {
-    RsPtr r = open(fill(v_.obtenerCol, {{"vId", vId}, {"dtFecha", Variant(dtFecha)}}), objCn, v_.obtenerColBase);
-    return collectIds(*r);
+    std::string sSerie;
+    DateValue none{};
+    Variant noRange;
+    return ObtenerColIn(vId, sSerie, none, none, noRange, noRange, dtFecha, objCn);
+}
+
+std::shared_ptr<Collection> RecordClass::ObtenerColIn(Variant& vId, std::string& sSerie, DateValue& dtFchIni,
+                                                      DateValue& dtFchFin, Variant& dDesde, Variant& dHasta,
+                                                      DateValue& dtFecha, ConnPtr& objCn) {
+    RsPtr r = open(fill(v_.obtenerCol, {{"vId", vId},
+                                        {"dtFecha", Variant(dtFecha)},
+                                        {"sSerie", Variant(sSerie)},
+                                        {"dtFchIni", Variant(dtFchIni)},
+                                        {"dtFchFin", Variant(dtFchFin)},
+                                        {"dDesde", dDesde},
+                                        {"dHasta", dHasta}}),
+                   objCn, v_.obtenerColBase);
+    return collectIds(*r, v_.obtenerColField);
 }
 
 std::shared_ptr<Collection> RecordClass::ObtenerColRs() { return collectIds(rs()); }

@@ -92,10 +92,14 @@ const MemberTable& frameMembers() {
         {"CodigoLibre",
          [](B& b) { b.method("CodigoLibre", {inout("vId"), optObj("objCn")}, &RecordClass::CodigoLibre); }},
         {"ObtenerCol",
-         [](B& b) {
-             b.method("ObtenerCol", {inout("vId"), inout("dtFecha", PT::Date), optObj("objCn")},
-                      &RecordClass::ObtenerCol);
-         }},
+         {[](B& b) {
+              b.method("ObtenerCol",
+                       {inout("vId"), inout("sSerie", PT::String), inout("dtFchIni", PT::Date),
+                        inout("dtFchFin", PT::Date), inout("dDesde"), inout("dHasta"), inout("dtFecha", PT::Date),
+                        optObj("objCn")},
+                       &RecordClass::ObtenerColIn);
+          },
+          {inout("vId"), inout("dtFecha", PT::Date), optObj("objCn")}}},
         {"ObtenerColRs", [](B& b) { b.method("ObtenerColRs", {}, &RecordClass::ObtenerColRs); }},
         {"MoveFirst", [](B& b) { b.method("MoveFirst", {}, &RecordClass::MoveFirst); }},
         {"MoveLast", [](B& b) { b.method("MoveLast", {}, &RecordClass::MoveLast); }},

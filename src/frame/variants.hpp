@@ -66,6 +66,9 @@ enum class ValueSource : uint8_t {
     // UpdateId: a 16-bit counter that starts at NuevoCodigo(vId, GetConnection), asked
     // once before the loop, and is raised per numbered row.
     NuevoCodigoCounter,
+    // NuevoCodigo within the series the FieldDefault's constant names, with no
+    // connection (the call opens its own): the documents' new row.
+    NuevoCodigoInSeries,
 };
 
 // One field AddNew writes into the new row when bDefVal holds.
@@ -84,6 +87,9 @@ struct UpdateForm {
     // (the document classes keep their bar-code text equal to the number this way).
     std::string_view copyInto = {};
     std::string_view copyFrom = {};
+    // Before the UpdateBatch (after the copy), this field of the current row := the
+    // clock's present time of day: the delivery note tells the time of its last write.
+    std::string_view stampTime = {};
 };
 
 // What Delete does after marking the current row deleted.
@@ -180,10 +186,16 @@ struct ClassVariants {
     std::vector<Selection> selections = {};   // the keywords beyond "todos"
     Template nuevoCodigo = {};                // the maximum NuevoCodigo reads, as "Nuevo_Codigo"
     bool nuevoCodigoCloses = false;      // close its recordset after reading
+    // The maximum plus 1 only while its text fits the DefinedSize of "Nuevo_Codigo";
+    // a longer number gives the maximum itself again.
+    bool nuevoCodigoWithinSize = false;
     Template deleteAll = {};
     Template convertirSerie = {};
-    Template obtenerCol = {};     // the rows whose "ID" ObtenerCol gathers; {vId}, {dtFecha}
+    // The rows whose obtenerColField ObtenerCol gathers; {vId}, {dtFecha}, and on the
+    // documents {sSerie}, {S:dtFchIni}, {S:dtFchFin}, {dDesde}, {dHasta}.
+    Template obtenerCol = {};
     int obtenerColBase = 1;       // the iBase ObtenerCol reads with
+    std::string_view obtenerColField = "ID";
     Template codigoLibre = {};    // the rows CodigoLibre looks for; {vId}
     std::vector<NamedStatement> statements = {};  // the templates of the class's own members
 

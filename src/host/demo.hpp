@@ -1,7 +1,7 @@
 #pragma once
 // `historicos demo`: the main job on the default archive. It fills the archive
-// with the sample when the file is missing or holds no rows, shows what it holds, and reads the comments of
-// the newest documents through the record classes, as a form would.
+// with the sample when the file is missing or holds no rows, shows what it holds,
+// and walks the road of one piece of work through the record classes (road.hpp).
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>

@@ -82,7 +82,8 @@ std::map<std::string, std::string> corpus() {
     std::ifstream in(std::filesystem::path(HISTORICOS_SOURCE_DIR) / "tests/sql/data/statements.tsv");
     std::map<std::string, std::string> out;
     std::string line;
-    const std::regex hole("<([A-Za-z][A-Za-z0-9_]*(:[A-Za-z_][A-Za-z0-9_]*)?)>");
+    // A hole's name may hold blanks ("<time now>", "<D:second total>").
+    const std::regex hole("<([A-Za-z][A-Za-z0-9_ ]*(:[A-Za-z_][A-Za-z0-9_ ]*)?)>");
     while (std::getline(in, line)) {
         std::vector<std::string> cols;
         std::stringstream ss(line);

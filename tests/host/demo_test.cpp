@@ -28,7 +28,14 @@ host::DemoOptions demoOn(const std::string& db, std::size_t orders = 2000) {
 
 using TempDir = test::DataHome;
 
-TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
+// The number of the order the road took, from its third step.
+std::string orderTaken(const std::string& text) {
+    const auto at = text.find("\n3. Order ");
+    if (at == std::string::npos) return "";
+    return text.substr(at + 10, text.find(' ', at + 10) - at - 10);
+}
+
+TEST(Demo, CreatesTheSampleThenWalksTheRoadOfOneOrder) {
     TempDir dir;
     const std::string db = (dir.path / "sub" / "archivo.db").string();
     std::ostringstream out, err;
@@ -36,36 +43,27 @@ TEST(Demo, CreatesTheSampleThenReadsCommentsThroughTheClasses) {
     const std::string text = out.str();
     EXPECT_TRUE(fs::exists(db));
     EXPECT_NE(text.find("Creating the sample archive " + db), std::string::npos) << text;
-    // The summary counts rows and names the newest documents.
-    EXPECT_NE(text.find("HOrdenes_Lineas"), std::string::npos) << text;
-    // Each comment class opened its selection and listed at least one comment.
-    for (const char* cls : {"ClsOrdenesComentarios", "ClsAlbaranesComentarios", "ClsFacturasComentarios"}) {
-        auto at = text.find(std::string("comment(s) through ") + cls);
-        ASSERT_NE(at, std::string::npos) << cls << "\n" << text;
-        // The line after the heading is a comment row: "  <Id>. <text>".
-        std::string after = text.substr(text.find('\n', at) + 1);
-        std::size_t digits = after.find_first_not_of("0123456789", 2);
-        EXPECT_TRUE(after.rfind("  ", 0) == 0 && digits > 2 && digits != std::string::npos &&
-                    after.compare(digits, 2, ". ") == 0)
-            << cls << "\n"
-            << after;
+    // Every step of the road is told, in order, and the rows it wrote are counted.
+    std::size_t at = 0;
+    for (const char* step : {"\n1. ClsOrdenes.IniciaRs \"pendientes\": ", "\n2. CreateFilter on a combo box over Facturado",
+                             "\n3. Order ", "\n4. In one transaction: invoice A/", "\n5. ActualizarTotal recomputed",
+                             "\n6. ToHtmlGrid printed the ", "\nRows new or changed, per table:  HOrdenes 1  HOrdenes_Lineas "}) {
+        const auto found = text.find(step, at);
+        ASSERT_NE(found, std::string::npos) << step << "\n" << text;
+        at = found;
     }
-    // The work orders' comment table was printed through ToHtmlGrid where the output names it.
-    auto at = text.find("written with ToHtmlGrid to\n  ");
-    ASSERT_NE(at, std::string::npos) << text;
-    std::string listing = text.substr(at + 29);
-    listing = listing.substr(0, listing.find('\n'));
-    EXPECT_EQ(fs::path(listing).filename(), "HOrdenes_Comentarios.htm");
-    ASSERT_TRUE(fs::exists(listing)) << listing;
-    EXPECT_GT(fs::file_size(listing), 1000u);
-    // --trace showed the composed selections of the classes on the error stream.
-    EXPECT_NE(err.str().find("FROM HOrdenes_Comentarios Where (Codigo = "), std::string::npos) << err.str();
+    EXPECT_NE(text.find("HFacturas 1  Recibos 1\n"), std::string::npos) << text;
+    // --trace showed the statements as composed and as sent.
+    EXPECT_NE(err.str().find("UPDATE  HOrdenes SET Cerrada = 'Cerrada', Facturado = 4 , Doc_F = "), std::string::npos)
+        << err.str();
 
-    // A second run reuses the archive.
+    // A second run reuses the archive and takes the next pending order.
     std::ostringstream out2, err2;
     ASSERT_EQ(host::demoCommand(demoOn(db), false, out2, err2), 0) << err2.str();
     EXPECT_EQ(out2.str().find("sample ("), std::string::npos);
     EXPECT_TRUE(err2.str().empty()) << err2.str();
+    EXPECT_FALSE(orderTaken(text).empty());
+    EXPECT_NE(orderTaken(out2.str()), orderTaken(text)) << out2.str();
 }
 
 // The listing the main job writes, opened in a real browser: the page parses into a
@@ -96,12 +94,11 @@ TEST(Demo, ListingRendersInAHeadlessBrowser) {
         << err.str();
 
     const std::string text = out.str();
-    auto at = text.find("Listing of HOrdenes_Comentarios (");
+    auto at = text.find("6. ToHtmlGrid printed the ");
     ASSERT_NE(at, std::string::npos) << text;
-    const long rows = std::stol(text.substr(at + 33));
+    const long rows = std::stol(text.substr(at + 26));
     ASSERT_GT(rows, 0);
-    at = text.find("written with ToHtmlGrid to\n  ", at);
-    std::string page = text.substr(at + 29);
+    std::string page = text.substr(text.find("\n   ", at) + 4);
     page = page.substr(0, page.find('\n'));
 
     const std::string dom = runCapture(
@@ -110,10 +107,10 @@ TEST(Demo, ListingRendersInAHeadlessBrowser) {
         " --disable-component-update --disable-sync --user-data-dir=" + (dir.path / "browser").string() +
         " --dump-dom 'file://" + page + "' 2>/dev/null");
     ASSERT_NE(dom.find("<table"), std::string::npos) << dom.substr(0, 500);
-    // One header row and one row per record; five captions, upper-cased, accents decoded.
-    EXPECT_EQ(occurrences(dom, "<tr>"), static_cast<std::size_t>(rows) + 1);
-    EXPECT_EQ(occurrences(dom, "<th "), 5u);
-    EXPECT_NE(dom.find(">CÓDIGO</font></th>"), std::string::npos) << dom.substr(0, 1500);
+    // A header row and one row per invoice; captions upper-cased, accents decoded.
+    EXPECT_GE(occurrences(dom, "<tr>"), static_cast<std::size_t>(rows) + 1);
+    EXPECT_NE(dom.find(">FACTURA</font></th>"), std::string::npos) << dom.substr(0, 1500);
+    EXPECT_NE(dom.find(">ALMACÉN</font></th>"), std::string::npos) << dom.substr(0, 1500);
     EXPECT_NE(dom.find(std::to_string(rows) + " registros. - "), std::string::npos);
 }
 
