@@ -7,6 +7,7 @@
 #include <string>
 
 #include "frame/record.hpp"
+#include "frame/registration.hpp"
 #include "platform/dispatch.hpp"
 
 namespace hist {
@@ -139,24 +140,9 @@ void registerClinicalClasses(Registry& r);
 template <class T>
 Member runMember(std::string name, std::vector<Param> params,
                  void (T::*f)(const Variant&, std::span<Variant>, ConnPtr&)) {
-    Member m;
-    m.name = std::move(name);
-    m.returnsValue = false;
-    m.params = std::move(params);
-    m.invoke = [f](Object& o, Args& a) -> Variant {
-        using Conn = dispatch_detail::Binder<ConnPtr>;
-        T& self = dispatch_detail::self<T>(o);
-        ConnPtr cn = Conn::load(a.back());
-        try {
-            (self.*f)(a.front(), std::span<Variant>(a.data() + 1, a.size() - 2), cn);
-        } catch (...) {
-            a.back() = Conn::store(cn);
-            throw;
-        }
-        a.back() = Conn::store(cn);
-        return Variant();
-    };
-    return m;
+    return frame::connectionMember<T>(std::move(name), std::move(params), [f](T& self, Args& a, ConnPtr& cn) {
+        (self.*f)(a.front(), std::span<Variant>(a.data() + 1, a.size() - 2), cn);
+    });
 }
 
 }  // namespace clinical

@@ -27,25 +27,12 @@ std::vector<frame::HoleValue> ArgsByName::holes() const {
 }
 
 Member namedMember(std::string name, std::vector<Param> params, NamedBody body) {
-    Member m;
-    m.name = std::move(name);
-    m.returnsValue = false;
-    m.params = std::move(params);
-    m.invoke = [body, params = m.params](Object& o, Args& a) -> Variant {
-        using Conn = dispatch_detail::Binder<ConnPtr>;
-        RecordClass& self = dispatch_detail::self<RecordClass>(o);
-        ConnPtr cn = Conn::load(a.back());
-        ArgsByName named(params, a);
-        try {
-            body(self, named, cn);
-        } catch (...) {
-            a.back() = Conn::store(cn);
-            throw;
-        }
-        a.back() = Conn::store(cn);
-        return Variant();
-    };
-    return m;
+    const std::vector<Param> names = params;
+    return frame::connectionMember<RecordClass>(std::move(name), std::move(params),
+                                                [body, names](RecordClass& self, Args& a, ConnPtr& cn) {
+                                                    ArgsByName named(names, a);
+                                                    body(self, named, cn);
+                                                });
 }
 
 namespace {

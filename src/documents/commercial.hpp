@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "frame/record.hpp"
+#include "frame/registration.hpp"
 #include "platform/dispatch.hpp"
 
 namespace hist {

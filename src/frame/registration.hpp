@@ -25,6 +25,31 @@
 
 namespace hist::frame {
 
+// A member whose body takes the converted argument list as it stands, the optional
+// connection last: the connection the body used (or made) is written back into the
+// caller's argument, also when the body fails. For members with long argument runs.
+template <class T>
+Member connectionMember(std::string name, std::vector<Param> params, std::function<void(T&, Args&, ConnPtr&)> body) {
+    Member m;
+    m.name = std::move(name);
+    m.returnsValue = false;
+    m.params = std::move(params);
+    m.invoke = [body = std::move(body)](Object& o, Args& a) -> Variant {
+        using Conn = dispatch_detail::Binder<ConnPtr>;
+        T& self = dispatch_detail::self<T>(o);
+        ConnPtr cn = Conn::load(a.back());
+        try {
+            body(self, a, cn);
+        } catch (...) {
+            a.back() = Conn::store(cn);
+            throw;
+        }
+        a.back() = Conn::store(cn);
+        return Variant();
+    };
+    return m;
+}
+
 using InterfaceList = std::span<const std::string_view>;
 
 // Shared members by name: each defines the member with every argument it can take.
