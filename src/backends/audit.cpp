@@ -108,6 +108,7 @@ public:
         }
     }
     int depth() const override { return inner_->depth(); }
+    sql::Dialect dialect() const override { return inner_->dialect(); }
 
 private:
     void record(std::string_view sent, const nlohmann::json* values) {

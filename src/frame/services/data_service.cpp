@@ -98,7 +98,7 @@ std::string translateAndTell(const char* op, int iBase, const std::string& compo
                              const ConnPtr& cn) {
     std::string sent;
     try {
-        sent = sql::translate(composed, kind);
+        sent = sql::translate(composed, kind, cn->dialect());
     } catch (...) {
         StatementObservers::notify({op, iBase, composed, std::string(), cn});
         throw;
