@@ -59,6 +59,7 @@ enum class Act : unsigned char {
     DayDate,       // a day number compared with a date column (negate for a leading minus)
     CurrencyMask,  // Format's 'Currency' mask: the currency digits
     LikePattern,   // a Like pattern as the server's case-blind regular expression
+    NumberAsText,  // a number compared with a text column, as text (negate for a leading minus)
 };
 
 struct Edit {
@@ -385,6 +386,9 @@ private:
                     } else if (comparedWithNumber(s)) {
                         const Column* c = resolve(s);
                         if (c && c->jet == JetType::Date) dateComparison(s);
+                        // The embedded engine compares a text column with a number as
+                        // text (column affinity); the server has no such operator.
+                        else if (c && c->isText() && dialect_ == Dialect::Server) textComparison(s);
                     }
                     break;
                 case Tok::String: arithmeticOperand(s); break;
@@ -478,6 +482,21 @@ private:
             return false;
         const Token& v = tok(k + 1);
         return v.kind == Tok::Number || ((v.is("-") || v.is("+")) && k + 2 < count() && tok(k + 2).kind == Tok::Number);
+    }
+
+    // Codigo = 12 on a text column: the number as text.
+    void textComparison(size_t s) {
+        size_t k = s + 1;
+        while (k < count() && tok(k).is(")")) ++k;
+        if (k + 1 >= count() || tok(k).isWord("Between") || tok(k).isWord("Not")) return;
+        size_t n = k + 1;
+        bool neg = false;
+        if (tok(n).is("-") || tok(n).is("+")) {
+            neg = tok(n).is("-");
+            replace(n, "");
+            ++n;
+        }
+        if (n < count() && tok(n).kind == Tok::Number && !replaced(n)) edit(n, Act::NumberAsText, nullptr, neg);
     }
 
     // (Fecha) Between 37653 And 37660, Fecha >= 37653: day numbers become dates.
@@ -591,6 +610,7 @@ std::string likeRegex(const std::string& pattern) {
 void emit(std::string& out, const Edit& e, const Token& t, const Regional& r) {
     switch (e.act) {
         case Act::LikePattern: out += likeRegex(unquote(t)); return;
+        case Act::NumberAsText: out += (e.negate ? "'-" : "'") + std::string(t.text) + "'"; return;
         case Act::Text: out += e.text; return;
         case Act::NumberTo: {
             double v = numberValue(t, e.negate);
