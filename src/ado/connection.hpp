@@ -49,9 +49,6 @@ public:
     // The session, for the data layer's own statements (3709 when not open).
     backend::Session& session();
     const backend::DataSource& dataSource() const noexcept { return ds_; }
-    // The dialect statements for this connection are translated into (the embedded
-    // engine's while closed).
-    sql::Dialect dialect() const noexcept { return session_ ? session_->dialect() : sql::Dialect::Embedded; }
 
 private:
     backend::Session& openSession(long closedError);

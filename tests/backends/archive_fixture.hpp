@@ -12,7 +12,7 @@
 #include "backends/engine.hpp"
 #include "sql/catalog.hpp"
 #include "sql/translator.hpp"
-#include "support/pg_cluster.hpp"
+#include "support/engines.hpp"
 #include "support/scratch.hpp"
 
 namespace hist::testing {
@@ -38,12 +38,6 @@ private:
     std::string path_ = (dir_ / "archivo.db").string();
 };
 
-// The engines every engine-neutral test runs on.
-enum class Engine { Sqlite, Postgres };
-inline std::string engineName(const ::testing::TestParamInfo<Engine>& p) {
-    return p.param == Engine::Sqlite ? "Sqlite" : "Postgres";
-}
-
 // A fresh archive on an engine: a file in a scratch folder, or a new database on
 // the test cluster; made with the catalog's tables unless `create` is false.
 class EngineArchive {
@@ -51,7 +45,7 @@ public:
     explicit EngineArchive(Engine e, bool create = true) : engine_(e) {
         if (e == Engine::Postgres) {
             file_.reset();
-            url_ = PgCluster::shared().newDatabase();
+            url_ = archiveAddress(e, "");
         }
         if (create) backend::createArchive(source());
     }

@@ -247,7 +247,7 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Engines, Corpus, ::testing::Values(testing::Engine::Sqlite, testing::Engine::Postgres),
-                         testing::engineName);
+                         testing::engineParamName);
 
 TEST_P(Corpus, EveryStatementRunsOrFailsAsSettled) {
     auto rows = loadCorpus();

@@ -24,7 +24,7 @@ protected:
     }
 };
 INSTANTIATE_TEST_SUITE_P(Engines, EngineSession, ::testing::Values(Engine::Sqlite, Engine::Postgres),
-                         testing::engineName);
+                         testing::engineParamName);
 
 long errorNumber(const std::function<void()>& f, std::string* description = nullptr) {
     try {
@@ -184,7 +184,7 @@ TEST_F(SqliteSession, ASecondSessionOpensAndReadsBesideAWriterButCannotWrite) {
 // rows at once, and a write to the locked row waits the lock timeout, then fails
 // locked, leaving the row as the first writer left it.
 class ServerSession : public EngineSession {};
-INSTANTIATE_TEST_SUITE_P(Server, ServerSession, ::testing::Values(Engine::Postgres), testing::engineName);
+INSTANTIATE_TEST_SUITE_P(Server, ServerSession, ::testing::Values(Engine::Postgres), testing::engineParamName);
 
 TEST_P(ServerSession, AWriteToARowAnotherTransactionHoldsFailsLocked) {
     exec("INSERT INTO Articulos (Codigo, Recargo) VALUES ('A', 1)");

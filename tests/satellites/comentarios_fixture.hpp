@@ -66,7 +66,7 @@ protected:
     std::string query(const std::string& jet) {
         auto holder = std::make_shared<ado::Recordset>();
         ado::Recordset& rs = *holder;
-        rs.Open(sql::translate(jet, sql::StatementKind::Read), setup_);
+        rs.Open(sql::translate(jet, sql::StatementKind::Read, setup_->session().dialect()), setup_);
         std::string out;
         while (!rs.Eof()) {
             if (!out.empty()) out += '\n';

@@ -98,6 +98,30 @@ std::string serverText(std::string_view sent, int* marks) {
     return out;
 }
 
+// Whether the statement has an ORDER BY of its own (outside parentheses).
+bool hasOrder(std::string_view text) {
+    auto toks = sql::tokenize(text);
+    int depth = 0;
+    const sql::Token* prev = nullptr;
+    for (const auto& t : toks) {
+        if (t.kind == sql::Tok::Blank) continue;
+        if (t.is("(")) ++depth;
+        else if (t.is(")")) --depth;
+        else if (depth == 0 && prev && prev->isWord("ORDER") && t.isWord("BY")) return true;
+        prev = &t;
+    }
+    return false;
+}
+
+// Appends ORDER BY `key` before the statement's closing semicolons and blanks.
+void appendOrder(std::string& text, const std::string& key) {
+    size_t end = text.size();
+    while (end > 0 && (text[end - 1] == ';' || text[end - 1] == ' ' || text[end - 1] == '\n' ||
+                       text[end - 1] == '\t' || text[end - 1] == '\r'))
+        --end;
+    text.insert(end, " ORDER BY " + key);
+}
+
 // The alias an item gives its column (`x AS Name`), as written; empty for none.
 std::string aliasOf(std::string_view item) {
     auto toks = sql::tokenize(item);
@@ -216,6 +240,11 @@ public:
                          std::to_string(hidden.size()) + " ";
             }
             if (!extra.empty()) text.insert(shape.fromPos, extra);
+            // One table read without an order comes in the order its rows were written,
+            // as the embedded engine gives it (the server would give its storage order,
+            // which an update changes).
+            if (shape.sources.size() == 1 && !shape.sources[0].qualifier.empty() && !hasOrder(text))
+                appendOrder(text, shape.sources[0].qualifier + "." + sql::kServerRowId);
         }
         res = run(text, {}, sent);
         const int total = PQnfields(res.r);
