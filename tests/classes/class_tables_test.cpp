@@ -50,7 +50,8 @@ TEST_P(ClassTables, StatementsAndResultsAreTheDescribedOnes) {
             std::string rows = query(s);
             std::replace(rows.begin(), rows.end(), '\n', ';');
             return rows;
-        });
+        },
+        std::get<1>(GetParam()) == Engine::Sqlite ? "rowid" : sql::kServerRowId);
 }
 
 INSTANTIATE_TEST_SUITE_P(Classes, ClassTables,

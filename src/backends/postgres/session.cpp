@@ -181,6 +181,8 @@ public:
                             " (check that the server is running and that the address, user and password are right).");
         }
         address_ = addressOf(conn_, ds.path);
+        // The server's notices ("already exists, skipping") are not for the user.
+        PQsetNoticeProcessor(conn_, [](void*, const char*) {}, nullptr);
         try {
             checkCharacterType();
             internal("SET DateStyle = 'ISO, YMD'");
