@@ -642,6 +642,7 @@ private:
         if (msg.empty()) msg = PQerrorMessage(conn_);
         while (!msg.empty() && (msg.back() == '\n' || msg.back() == ' ')) msg.pop_back();
         if (msg.starts_with("ERROR:  ")) msg = msg.substr(8);
+        if (size_t nl = msg.find('\n'); nl != std::string::npos) msg.resize(nl);  // the server's LINE and caret
         const char* st = res.r ? PQresultErrorField(res.r, PG_DIAG_SQLSTATE) : nullptr;
         const std::string state = st ? st : "";
         if (PQstatus(conn_) != CONNECTION_OK || state.starts_with("08")) {
