@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "backends/stored.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
 #include "sql/catalog.hpp"
@@ -261,12 +262,7 @@ public:
             m.name = PQfname(res.r, c);
             const sql::Column* col = columnOf(res.r, c);
             if (col == &rowIdColumn_) {
-                m.baseTable = tableOf(res.r, c)->name;
-                m.baseColumn = sql::kServerRowId;
-                m.type = FieldType::Integer;
-                m.precision = 19;
-                m.definedSize = 8;
-                m.hiddenRowId = true;
+                detail::typeRowId(m, tableOf(res.r, c)->name, sql::kServerRowId);
                 continue;
             }
             // The server folds unquoted names to lower case: a column is named as the
@@ -279,43 +275,22 @@ public:
                 m.baseTable = col->table;
                 m.baseColumn = col->name;
                 for (auto* t : updatableTables) m.updatable = m.updatable || t->name == col->table;
-            } else if (c < shown && static_cast<size_t>(shown) == shape.items.size() && !shape.hasStar) {
+                detail::typeFromCatalog(m, *col);
+                continue;
+            }
+            if (c < shown && static_cast<size_t>(shown) == shape.items.size() && !shape.hasStar) {
                 // An unnamed expression is named by its text, as the embedded engine names it.
                 std::string_view item = shape.items[static_cast<size_t>(c)];
                 if (item.size() > m.name.size() && item[m.name.size()] == '(' &&
                     sql::sameName(item.substr(0, m.name.size()), m.name))
                     m.name = std::string(item);
-                bool isCount = false;
-                col = shape.itemSourceColumn(static_cast<size_t>(c), &isCount);
-                if (isCount) {
-                    m.type = FieldType::Integer;
-                    m.precision = 10;
-                    m.definedSize = 4;
-                    continue;
-                }
             }
-            if (col) {
-                m.type = static_cast<FieldType>(col->adoType);
-                m.precision = col->precision;
-                m.definedSize = col->definedSize;
-            } else {
-                // A computed value with no catalog column behind it: typed by the server's type.
-                switch (PQftype(res.r, c)) {
-                    case kInt2: case kInt4: case kInt8: case kBool:
-                        m.type = FieldType::Integer;
-                        m.precision = 10;
-                        m.definedSize = 4;
-                        break;
-                    case kFloat4: case kFloat8: case kNumeric:
-                        m.type = FieldType::Double;
-                        m.precision = 15;
-                        m.definedSize = 8;
-                        break;
-                    default:
-                        m.type = FieldType::VarWChar;
-                        m.precision = 255;
-                        m.definedSize = 255;
-                }
+            if (c < shown && detail::typeFromItem(m, shape, static_cast<size_t>(c), static_cast<size_t>(shown))) continue;
+            // A computed value with no catalog column behind it: typed by the server's type.
+            switch (PQftype(res.r, c)) {
+                case kInt2: case kInt4: case kInt8: case kBool: detail::typeComputed(m, detail::ValueKind::Integer); break;
+                case kFloat4: case kFloat8: case kNumeric: detail::typeComputed(m, detail::ValueKind::Real); break;
+                default: detail::typeComputed(m, detail::ValueKind::Text);
             }
         }
         sink.columns(cols);
@@ -503,59 +478,20 @@ private:
 
     // A value in the text form of the column's stored type; false for Null.
     static bool bound(const Variant& v, FieldType type, std::string& out) {
-        if (v.isNull() || v.isEmpty() || v.isMissing()) return false;
-        try {
-            switch (type) {
-                case FieldType::Date: {
-                    double serial = v.type() == VarType::String
-                                        ? rt::CDate(v)
-                                        : rt::CDbl(v.type() == VarType::Date ? Variant(v.asDate().serial) : v);
-                    out = rt::isoText(serial);
-                    return true;
-                }
-                case FieldType::Boolean: out = rt::CBool(v) ? "-1" : "0"; return true;
-                case FieldType::SmallInt:
-                case FieldType::UnsignedTinyInt: out = std::to_string(rt::CInt(v)); return true;
-                case FieldType::Integer:
-                    if (v.type() == VarType::Double) {
-                        double d = v.asDouble();
-                        if (d == std::floor(d) && std::fabs(d) < 9.2e18) {
-                            out = std::to_string(static_cast<long long>(d));
-                            return true;
-                        }
-                    }
-                    out = std::to_string(rt::CLng(v));
-                    return true;
-                case FieldType::Single:
-                case FieldType::Double:
-                case FieldType::Currency:
-                case FieldType::Numeric: out = realText(rt::CDbl(v)); return true;
-                case FieldType::WChar:
-                case FieldType::VarWChar:
-                case FieldType::LongVarWChar:
-                case FieldType::LongVarBinary: out = v.isString() ? v.asString() : rt::CStr(v); return true;
-                case FieldType::Empty: break;
+        detail::StoredValue x = detail::storedValue(v, type);
+        switch (x.kind) {
+            case detail::StoredValue::Kind::Null: return false;
+            case detail::StoredValue::Kind::Int: out = std::to_string(x.i); return true;
+            case detail::StoredValue::Kind::Real: {
+                // The shortest text that reads back as the same double.
+                char buf[32];
+                auto r = std::to_chars(buf, buf + sizeof buf, x.d);
+                out.assign(buf, r.ptr);
+                return true;
             }
-            switch (v.type()) {
-                case VarType::Boolean: out = v.asBool() ? "-1" : "0"; return true;
-                case VarType::Integer: out = std::to_string(v.asInteger()); return true;
-                case VarType::Long: out = std::to_string(v.asLong()); return true;
-                case VarType::Double: out = realText(v.asDouble()); return true;
-                case VarType::Date: out = rt::isoText(v.asDate().serial); return true;
-                default: out = rt::CStr(v); return true;
-            }
-        } catch (const Error& e) {
-            if (e.number() == err::TypeMismatch)
-                throw Error(err::SqlTypeMismatch, err::SrcSql, "Data type mismatch in criteria expression.");
-            throw;
+            case detail::StoredValue::Kind::Text: out = std::move(x.text); return true;
         }
-    }
-
-    // The shortest text that reads back as the same double.
-    static std::string realText(double d) {
-        char buf[32];
-        auto r = std::to_chars(buf, buf + sizeof buf, d);
-        return std::string(buf, r.ptr);
+        return false;
     }
 
     void internal(const std::string& text) {
