@@ -59,15 +59,23 @@ public:
     }
 
     // Runs one statement on the maintenance database; throws on failure.
-    void admin(const std::string& sql) {
-        PGconn* c = PQconnectdb(conninfo("postgres").c_str());
+    void admin(const std::string& sql) { run(conninfo("postgres"), sql); }
+
+    // Runs statements as the cluster's superuser on a database (its address or
+    // connection string), behind the library's back; returns the first value read.
+    static std::string run(const std::string& address, const std::string& sql) {
+        PGconn* c = PQconnectdb(address.c_str());
         PGresult* r = PQexec(c, sql.c_str());
         std::string err = PQresultStatus(r) == PGRES_COMMAND_OK || PQresultStatus(r) == PGRES_TUPLES_OK
                               ? std::string()
                               : std::string(PQerrorMessage(c));
+        std::string first = PQresultStatus(r) == PGRES_TUPLES_OK && PQntuples(r) > 0 && PQnfields(r) > 0
+                                ? std::string(PQgetvalue(r, 0, 0))
+                                : std::string();
         PQclear(r);
         PQfinish(c);
         if (!err.empty()) throw std::runtime_error(sql + ": " + err);
+        return first;
     }
 
     PgCluster(const PgCluster&) = delete;

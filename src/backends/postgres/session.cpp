@@ -432,7 +432,17 @@ private:
         firstWord_ = std::string(first.text);
         const bool select = first.isWord("SELECT");
         const bool write = first.isWord("INSERT") || first.isWord("UPDATE") || first.isWord("DELETE");
-        if (!select && !write) throw Error(err::SqlSyntax, err::SrcSql, kInvalidStatement);
+        if (!select && !write) {
+            // The engine's own statements are refused by name, as the embedded engine refuses them.
+            for (const char* w : {"CREATE", "DROP", "ALTER", "TRUNCATE", "COMMENT", "GRANT", "REVOKE", "REINDEX"})
+                if (first.isWord(w)) denied("schema changes are not allowed");
+            for (const char* w : {"BEGIN", "COMMIT", "ROLLBACK", "SAVEPOINT", "RELEASE", "START", "END", "ABORT"})
+                if (first.isWord(w)) denied("transaction control goes through the connection, not a statement");
+            for (const char* w : {"COPY", "SET", "RESET", "SHOW", "DO", "CALL", "LOCK", "VACUUM", "ANALYZE",
+                                  "LISTEN", "NOTIFY", "LOAD", "PREPARE", "EXECUTE", "DISCARD", "WITH"})
+                if (first.isWord(w)) denied(std::string(w) + " is not allowed");
+            throw Error(err::SqlSyntax, err::SrcSql, kInvalidStatement);
+        }
         if (kind == StatementKind::Read && !select) denied("a reading call may not change the archive");
         if (kind == StatementKind::Write && !write) denied("a writing call expects INSERT, UPDATE or DELETE");
         for (size_t k = 0; k < solid.size(); ++k) {
@@ -443,22 +453,47 @@ private:
             }
             if (t.kind != sql::Tok::Word) continue;
             if (select && t.isWord("INTO")) denied("a selection may not make a table");
-            const bool names = t.isWord("FROM") || t.isWord("JOIN") || t.isWord("INTO") ||
-                               (k == 0 && t.isWord("UPDATE"));
-            // A name the catalog lacks goes to the server, which reports it unknown,
-            // unless it names the server's own tables or another schema.
-            if (names && k + 1 < solid.size() && solid[k + 1]->kind == sql::Tok::Word &&
-                !sql::catalog().table(solid[k + 1]->text)) {
-                std::string_view name = solid[k + 1]->text;
-                if ((name.size() >= 3 && sql::sameName(name.substr(0, 3), "pg_")) ||
-                    sql::sameName(name, "information_schema") || (k + 2 < solid.size() && solid[k + 2]->is(".")))
-                    denied("the table '" + std::string(name) + "' is outside the archive catalog");
-            }
+            // The server's own tables and other schemas are never the archive's.
+            if ((t.text.size() >= 3 && sql::sameName(t.text.substr(0, 3), "pg_")) ||
+                sql::sameName(t.text, "information_schema"))
+                if (!(k + 1 < solid.size() && solid[k + 1]->is("(")))
+                    denied("the table '" + std::string(t.text) + "' is outside the archive catalog");
             if (k + 1 < solid.size() && solid[k + 1]->is("(") && !allowedBeforeParen(t.text) &&
                 !(k > 0 && solid[k - 1]->isWord("INTO")))
                 denied("the function '" + std::string(t.text) + "' is not allowed");
+            const bool names = t.isWord("FROM") || t.isWord("JOIN") || t.isWord("INTO") ||
+                               (k == 0 && t.isWord("UPDATE"));
+            if (!names) continue;
+            // The tables it names (FROM A, B): a name the catalog lacks is refused when
+            // the server has such a table; else the server reports it unknown.
+            int depth = 0;
+            for (size_t m = k + 1; m < solid.size(); ++m) {
+                const sql::Token& n = *solid[m];
+                if (n.is("(")) ++depth;
+                else if (n.is(")")) --depth;
+                if (depth < 0) break;
+                const bool named = m == k + 1 || (depth == 0 && solid[m - 1]->is(","));
+                if (named && n.kind == sql::Tok::Word && !sql::catalog().table(n.text)) {
+                    const bool qualified = m + 1 < solid.size() && solid[m + 1]->is(".");
+                    if (qualified || serverHasTable(n.text))
+                        denied("the table '" + std::string(n.text) + "' is outside the archive catalog");
+                }
+                if (!t.isWord("FROM") || (depth == 0 && n.kind == sql::Tok::Word &&
+                                          (n.isWord("WHERE") || n.isWord("GROUP") || n.isWord("ORDER") ||
+                                           n.isWord("HAVING") || n.isWord("UNION") || n.isWord("JOIN"))))
+                    break;
+            }
         }
         return first.isWord("INSERT");
+    }
+
+    // Whether a name the catalog lacks is a table (or view, ...) the server knows.
+    bool serverHasTable(std::string_view name) {
+        const std::string n(name);
+        const char* values[] = {n.c_str()};
+        Result res(PQexecParams(conn_, "SELECT to_regclass($1) IS NOT NULL", 1, nullptr, values, nullptr, nullptr, 0));
+        if (!res.ok()) fail(res, "SELECT to_regclass");
+        return PQntuples(res.r) == 1 && PQgetvalue(res.r, 0, 0)[0] == 't';
     }
 
     Result describe(const std::string& text) {
