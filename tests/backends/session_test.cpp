@@ -201,6 +201,22 @@ TEST_P(ServerSession, AWriteToARowAnotherTransactionHoldsFailsLocked) {
               (Rows{{"A", "2", "1"}, {"B", "0", "2"}}));
 }
 
+// A connection lost inside a transaction: the caller gets the error, the session
+// knows its transaction is gone, and nothing of it was kept.
+TEST_P(ServerSession, AConnectionLostMidTransactionFailsTheCallAndKeepsNothing) {
+    s->begin();
+    exec("INSERT INTO Articulos (Codigo) VALUES ('A')");
+    testing::PgCluster::run(archive->source().path,
+                            "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = current_database() "
+                            "AND application_name = 'historicos'");
+    std::string desc;
+    EXPECT_EQ(errorNumber([&] { exec("INSERT INTO Articulos (Codigo) VALUES ('B')"); }, &desc), err::ProviderFailure);
+    EXPECT_NE(desc.find("was lost"), std::string::npos) << desc;
+    EXPECT_EQ(s->depth(), 0);
+    s = backend::openSession(archive->source());
+    EXPECT_TRUE(rows("SELECT Codigo FROM Articulos").empty());
+}
+
 // A database whose character type is not UTF-8 would tell "Á" from "á": refused.
 TEST(PostgresSession, RefusesADatabaseWhoseCharacterTypeIsNotUtf8) {
     try {
