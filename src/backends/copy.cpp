@@ -74,7 +74,57 @@ private:
     long long rows_ = 0;
 };
 
+// Adds up a hash of each row it is given.
+class ChecksumSink : public RowSink {
+public:
+    explicit ChecksumSink(const sql::Table& t) : table_(t) {}
+    void columns(const std::vector<ColumnMeta>&) override {}
+    void row(std::span<const Cell> cells) override {
+        uint64_t h = 1469598103934665603ull;
+        auto mix = [&](std::string_view bytes) {
+            for (unsigned char c : bytes) h = (h ^ c) * 1099511628211ull;
+            h = (h ^ 0xff) * 1099511628211ull;  // the end of a value
+        };
+        for (size_t k = 0; k < table_.columns.size() && k < cells.size(); ++k) {
+            const Cell& c = cells[k];
+            char buf[32];
+            switch (c.kind) {
+                case Cell::Kind::Null: mix(std::string_view("\0N", 2)); break;
+                case Cell::Kind::Int:
+                case Cell::Kind::Real: {
+                    // By value: the file may hold a whole double as an integer.
+                    const double d = c.kind == Cell::Kind::Int ? static_cast<double>(c.i) : c.d;
+                    auto r = std::to_chars(buf, buf + sizeof buf, d);
+                    mix(std::string_view(buf, static_cast<size_t>(r.ptr - buf)));
+                    break;
+                }
+                case Cell::Kind::Text: mix(c.text); break;
+            }
+        }
+        sum_ += h;
+    }
+    uint64_t sum() const { return sum_; }
+
+private:
+    const sql::Table& table_;
+    uint64_t sum_ = 0;
+};
+
+std::string columnList(const sql::Table& t) {
+    std::string list;
+    for (const sql::Column& c : t.columns) list += (list.empty() ? "" : ", ") + c.name;
+    return list;
+}
+
 }  // namespace
+
+uint64_t tableChecksum(Session& s, const std::string& table) {
+    const sql::Table* t = sql::catalog().table(table);
+    if (!t) throw Error(err::SqlNoTable, kSource, "Cannot find the input table or query '" + table + "'.");
+    ChecksumSink sink(*t);
+    s.query("SELECT " + columnList(*t) + " FROM " + t->name, sink);
+    return sink.sum();
+}
 
 std::vector<TableCopy> countArchive(Session& s) {
     std::vector<TableCopy> out;
@@ -94,15 +144,16 @@ std::vector<TableCopy> copyArchive(Session& from, Session& to, bool replace,
                                 "The target archive already holds rows (table " + t.name + "); nothing was copied.");
                 to.execute("DELETE FROM " + t.name);
             }
-            std::string list;
-            for (const sql::Column& c : t.columns) list += (list.empty() ? "" : ", ") + c.name;
             RowWriter writer(to, t);
-            from.query("SELECT " + list + " FROM " + t.name, writer);
+            from.query("SELECT " + columnList(t) + " FROM " + t.name, writer);
             const long long there = countRows(to, t.name);
             if (there != writer.rows() || there != countRows(from, t.name))
                 throw Error(err::ProviderFailure, kSource,
                             "The copy of table " + t.name + " holds " + std::to_string(there) + " rows where the source has " +
                                 std::to_string(countRows(from, t.name)) + "; nothing was copied.");
+            if (tableChecksum(to, t.name) != tableChecksum(from, t.name))
+                throw Error(err::ProviderFailure, kSource,
+                            "The copy of table " + t.name + " differs from the source in its values; nothing was copied.");
             done.push_back({t.name, writer.rows()});
             if (progress) progress(done.back());
         }

@@ -68,6 +68,14 @@ TEST_F(ArchiveCopy, FromTheFileToTheServerAndBackIsIdenticalRowForRow) {
     EXPECT_EQ(contents(*b), contents(*a));
     backend::copyArchive(*b, *c);
     EXPECT_EQ(contents(*c), contents(*a));
+    // The checksum the copy compares: equal on both engines, and it sees one changed value.
+    for (const sql::Table& t : sql::catalog().tables())
+        EXPECT_EQ(backend::tableChecksum(*a, t.name), backend::tableChecksum(*b, t.name)) << t.name;
+    const uint64_t before = backend::tableChecksum(*b, "HOrdenes");
+    b->execute("UPDATE HOrdenes SET Base = 445.0825 WHERE Numero = 1");
+    EXPECT_NE(backend::tableChecksum(*b, "HOrdenes"), before);
+    b->execute("UPDATE HOrdenes SET Base = 445.08255 WHERE Numero = 1");
+    EXPECT_EQ(backend::tableChecksum(*b, "HOrdenes"), before);
     // Written in the stored forms: the date, the time alone, the accented text, the tiny double.
     EXPECT_EQ(testing::run(*c, "SELECT Fecha, Hora_Entrega, Referencia FROM HOrdenes WHERE Numero = 1").rows.at(0).at(2),
               "Ñandú 'Élan'");
