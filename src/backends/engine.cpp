@@ -1,5 +1,6 @@
 #include "backends/engine.hpp"
 
+#include "backends/address.hpp"
 #include "backends/audit.hpp"
 
 #include "backends/postgres/session.hpp"
@@ -16,6 +17,14 @@ namespace {
 }
 
 }  // namespace
+
+std::string shownAddress(const std::string& address) {
+    const size_t scheme = address.find("://");
+    if (scheme == std::string::npos) return address;
+    const size_t at = address.find('@', scheme + 3);
+    const size_t colon = address.find(':', scheme + 3);
+    return at != std::string::npos && colon < at ? address.substr(0, colon) + address.substr(at) : address;
+}
 
 bool isServerSource(const DataSource& ds) {
     if (sql::sameName(ds.kind, "postgresql")) return true;

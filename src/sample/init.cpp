@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string>
 
+#include "backends/address.hpp"
 #include "backends/copy.hpp"
 #include "backends/engine.hpp"
 #include "platform/error.hpp"
@@ -143,20 +144,11 @@ void summary(const std::string& dbPath, std::ostream& out) {
 
 namespace {
 
-// A server address without its password, for messages.
-std::string shownAddress(const std::string& address) {
-    const size_t scheme = address.find("://");
-    const size_t at = address.find('@', scheme == std::string::npos ? 0 : scheme + 3);
-    if (scheme == std::string::npos || at == std::string::npos) return address;
-    const size_t colon = address.find(':', scheme + 3);
-    return colon < at ? address.substr(0, colon) + address.substr(at) : address;
-}
-
 // The archive on a server: the schema is made where missing, and the rows (none, or
 // the sample, generated into a scratch file first) are copied in one transaction,
 // so a failure leaves the server's archive as it was.
 int initOnServer(const InitOptions& o, Options opt, std::ostream& out, std::ostream& err) {
-    const std::string shown = shownAddress(o.db);
+    const std::string shown = backend::shownAddress(o.db);
     const std::string scratch =
         (std::filesystem::temp_directory_path() / ("historicos-init-" + std::to_string(::getpid()) + ".db")).string();
     try {

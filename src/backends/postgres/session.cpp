@@ -3,17 +3,15 @@
 #include <libpq-fe.h>
 
 #include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "backends/address.hpp"
 #include "backends/stored.hpp"
 #include "platform/error.hpp"
-#include "platform/runtime.hpp"
 #include "sql/catalog.hpp"
 #include "sql/selection.hpp"
 #include "sql/tokenizer.hpp"
@@ -165,7 +163,7 @@ struct Result {
 
 class PgSession final : public Session {
 public:
-    PgSession(const DataSource& ds, OpenMode mode) : given_(ds.path) {
+    PgSession(const DataSource& ds, OpenMode mode) {
         // connect_timeout bounds a server that does not answer; the address may hold
         // its own parameters, which win over nothing here but the database name.
         const char* keys[] = {"dbname", "connect_timeout", "application_name", "client_encoding", nullptr};
@@ -195,7 +193,7 @@ public:
                 throw Error(err::ProviderFailure, err::SrcSql,
                             "The database " + address_ +
                                 " holds no archive (none of the catalog's tables); create one with historicos init --db " +
-                                ds.path + ".");
+                                shownAddress(ds.path) + ".");
             if (found < sql::catalog().tables().size()) {
                 createSchema();
                 readSchema();
@@ -659,7 +657,6 @@ private:
     };
 
     PGconn* conn_ = nullptr;
-    std::string given_;
     std::string address_;
     std::map<Oid, TableInfo> tables_;
     sql::Column rowIdColumn_;  // stands for the hidden identity in tables_
