@@ -315,7 +315,7 @@ public:
                         break;
                     case kFloat4: case kFloat8: case kNumeric:
                         cell.kind = Cell::Kind::Real;
-                        cell.d = std::strtod(v, nullptr);
+                        std::from_chars(v, v + len, cell.d);
                         break;
                     default:
                         cell.kind = Cell::Kind::Text;
