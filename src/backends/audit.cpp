@@ -109,6 +109,7 @@ public:
     }
     int depth() const override { return inner_->depth(); }
     std::vector<std::string> integrityCheck() override { return inner_->integrityCheck(); }
+    sql::Dialect dialect() const override { return inner_->dialect(); }
 
 private:
     void record(std::string_view sent, const nlohmann::json* values) {

@@ -1,6 +1,6 @@
 #pragma once
 // The engine-neutral interface the data layer runs statements through. A backend
-// (SQLite now, a server engine later) gives sessions; each session owns one engine
+// (the embedded SQLite file, or a PostgreSQL server) gives sessions; each session owns one engine
 // handle for its whole life and belongs to one Connection at a time.
 //
 // Texts handed to a session are already in the engine's dialect (the translator in
@@ -91,15 +91,21 @@ public:
     // The engine's own check of the archive's storage: one line per problem, none
     // when it is sound (an engine without such a check finds none).
     virtual std::vector<std::string> integrityCheck() { return {}; }
+    // The dialect the translator renders statements in for this session.
+    virtual sql::Dialect dialect() const { return sql::Dialect::Embedded; }
 };
 
 struct DataSource {
-    std::string kind = "sqlite";  // backend name
-    std::string path;             // the archive file
+    std::string kind = "sqlite";  // backend name: "sqlite", or "postgresql"
+    std::string path;             // the archive file, or the server's postgresql://user@host:port/name
     int busyTimeoutMs = 2000;
     int statementTimeoutMs = 30000;  // a statement running longer is interrupted; 0: no limit
     std::string auditLog;            // the audit log of the session's writes; empty: none
 };
+
+// Whether a data source names a server archive: kind "postgresql", or a path that
+// is a postgresql:// (or postgres://) address.
+bool isServerSource(const DataSource& ds);
 
 // Opens a session on an existing archive. A missing file, a folder, and a file that
 // is not an archive (none of the catalog's tables) are refused with an error that

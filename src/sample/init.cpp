@@ -7,6 +7,8 @@
 #include <ostream>
 #include <string>
 
+#include "backends/address.hpp"
+#include "backends/copy.hpp"
 #include "backends/engine.hpp"
 #include "platform/error.hpp"
 #include "platform/progress.hpp"
@@ -143,8 +145,65 @@ void summary(const std::string& dbPath, std::ostream& out) {
     newest(db, out, "Newest invoices", "HFacturas", 5);
 }
 
+namespace {
+
+// The archive on a server: the schema is made where missing, and the rows (none, or
+// the sample, generated into a scratch file first) are copied in one transaction,
+// so a failure leaves the server's archive as it was.
+int initOnServer(const InitOptions& o, Options opt, std::ostream& out, std::ostream& err) {
+    const std::string shown = backend::shownAddress(o.db);
+    const std::string scratch =
+        (std::filesystem::temp_directory_path() / ("historicos-init-" + std::to_string(::getpid()) + ".db")).string();
+    try {
+        backend::DataSource ds;
+        ds.path = o.db;
+        auto target = backend::createArchive(ds);
+        long long rows = 0;
+        for (const auto& t : backend::countArchive(*target)) rows += t.rows;
+        if (rows > 0 && !o.force) {
+            err << "historicos init: " << shown << " already holds an archive with rows; use --force to replace it\n";
+            return 1;
+        }
+        removeArchiveFiles(scratch);
+        backend::DataSource file;
+        file.path = scratch;
+        if (o.sample) generate(scratch, opt);
+        else backend::createArchive(file);
+        auto source = backend::openSession(file);
+        out << "Copying to " << shown << "\n" << std::flush;
+        const auto copied = backend::copyArchive(*source, *target, o.force, [&](const backend::TableCopy& t) {
+            if (t.rows > 0) out << "  " << pad(t.table, 32) << " " << t.rows << "\n" << std::flush;
+        });
+        source.reset();
+        removeArchiveFiles(scratch);
+        long long total = 0;
+        for (const auto& t : copied) total += t.rows;
+        out << (o.sample ? "Filled " : "Created ") << shown << " with the catalog's tables"
+            << (o.sample ? " and a sample history (" + std::to_string(opt.orders) + " work orders, seed " +
+                               std::to_string(opt.seed) + ")"
+                         : std::string())
+            << ": " << total << " rows.\n";
+        return 0;
+    } catch (const Error& e) {
+        removeArchiveFiles(scratch);
+        err << "historicos init: " << e.description() << "\n";
+        return 1;
+    } catch (const std::exception& e) {
+        removeArchiveFiles(scratch);
+        err << "historicos init: " << e.what() << "\n";
+        return 1;
+    }
+}
+
+}  // namespace
+
 int initCommand(const InitOptions& o, std::ostream& out, std::ostream& err) {
     const std::string& db = o.db;
+    {
+        backend::DataSource ds;
+        ds.path = db;
+        if (backend::isServerSource(ds)) return initOnServer(o, o.generation, out, err);
+    }
     const bool force = o.force, sample = o.sample;
     Options opt = o.generation;
 

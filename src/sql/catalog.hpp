@@ -12,6 +12,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "sql/statement_kind.hpp"
+
 namespace hist::sql {
 
 // The desktop engine's column types.
@@ -33,6 +35,9 @@ struct Column {
     bool isText() const { return jet == JetType::Text || jet == JetType::Memo; }
     // The SQLite declared type with its collation ("VARCHAR(10) COLLATE JETTEXT").
     std::string declaredType() const;
+    // The server engine's type: text as citext (case-blind comparison and LIKE),
+    // yes/no as smallint -1/0, dates as timestamp, numbers as double precision.
+    std::string serverType() const;
 };
 
 // Hashing and equality of names without regard to ASCII case, usable with views.
@@ -64,7 +69,10 @@ public:
     // The table by name, case ignored; null when the catalog has none.
     const Table* table(std::string_view name) const;
     // CREATE TABLE and CREATE INDEX statements for every table, each ending in ';'.
-    std::string ddl() const;
+    // The server's tables also get the hidden row identity (kServerRowId) last.
+    std::string ddl(Dialect dialect = Dialect::Embedded) const;
+    // The same for one table.
+    std::string tableDdl(const Table& t, Dialect dialect = Dialect::Embedded) const;
 
 private:
     std::vector<Table> tables_;

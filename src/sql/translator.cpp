@@ -58,6 +58,8 @@ enum class Act : unsigned char {
     OperandOrText, // the same, left as text when it is no number (+ joins texts)
     DayDate,       // a day number compared with a date column (negate for a leading minus)
     CurrencyMask,  // Format's 'Currency' mask: the currency digits
+    LikePattern,   // a Like pattern as the server's case-blind regular expression
+    NumberAsText,  // a number compared with a text column, as text (negate for a leading minus)
 };
 
 struct Edit {
@@ -73,8 +75,9 @@ using Plan = std::vector<Edit>;
 
 class Translator {
 public:
-    Translator(std::string_view text, const std::vector<Token>& toks, StatementKind kind, const Catalog& cat)
-        : text_(text), kind_(kind), cat_(cat), toks_(toks), at_(toks_.size(), kNone) {
+    Translator(std::string_view text, const std::vector<Token>& toks, StatementKind kind, Dialect dialect,
+               const Catalog& cat)
+        : text_(text), kind_(kind), dialect_(dialect), cat_(cat), toks_(toks), at_(toks_.size(), kNone) {
         for (size_t i = 0; i < toks_.size(); ++i)
             if (toks_[i].kind != Tok::Blank) solid_.push_back(i);
     }
@@ -97,6 +100,7 @@ public:
             syntax(kInvalidStatement);
         }
         generalRules();
+        if (dialect_ == Dialect::Server) serverRules();
         Plan plan;
         plan.reserve(edits_.size());
         for (size_t i = 0; i < toks_.size(); ++i)
@@ -382,6 +386,9 @@ private:
                     } else if (comparedWithNumber(s)) {
                         const Column* c = resolve(s);
                         if (c && c->jet == JetType::Date) dateComparison(s);
+                        // The embedded engine compares a text column with a number as
+                        // text (column affinity); the server has no such operator.
+                        else if (c && c->isText() && dialect_ == Dialect::Server) textComparison(s);
                     }
                     break;
                 case Tok::String: arithmeticOperand(s); break;
@@ -396,8 +403,60 @@ private:
         auto args = items(s + 2, close);
         if (args.size() != 2 || args[1].second != args[1].first + 1 || tok(args[1].first).kind != Tok::String)
             syntax("Undefined function 'Format' in expression.");
-        replace(s, "jet_currency");
         edit(args[1].first, Act::CurrencyMask);
+        if (dialect_ == Dialect::Embedded) {
+            replace(s, "jet_currency");
+            return;
+        }
+        // round((x)::numeric, digits)::double precision
+        replace(s, "round");
+        replace(s + 1, "((");
+        replace(args[1].first - 1, ")::numeric,");
+        replace(close, ")::double precision");
+    }
+
+    // ---- the server engine's spelling ----
+    void serverRules() {
+        for (size_t s = 0; s < count(); ++s) {
+            if (replaced(s)) continue;
+            const Token& t = tok(s);
+            if (t.kind == Tok::Bracket) {
+                replace(s, serverName(identText(t)));
+            } else if (t.isWord("Like") && s > 0 && s + 1 < count() && tok(s + 1).kind == Tok::String) {
+                likeOperator(s);
+            }
+        }
+    }
+
+    // A bracketed name as the server reads it: a plain word bare (the schema's
+    // names are unquoted), anything else in double quotes.
+    static std::string serverName(std::string_view name) {
+        bool plain = !name.empty() && !(name[0] >= '0' && name[0] <= '9');
+        for (char c : name)
+            plain = plain && ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_');
+        if (plain) return std::string(name);
+        std::string out = "\"";
+        for (char c : name) {
+            if (c == '"') out += '"';
+            out += c;
+        }
+        return out + "\"";
+    }
+
+    // x [Not] Like 'p': x::text [!]~* 'regex'. The operand is cast to text, so
+    // number columns match as their text does.
+    void likeOperator(size_t s) {
+        size_t left = s - 1;
+        bool negated = false;
+        if (tok(left).isWord("Not") && left > 0) {
+            negated = true;
+            replace(left, "");
+            --left;
+        }
+        if (!(isIdent(tok(left)) || tok(left).is(")")) || replaced(left)) return;
+        replace(left, std::string(tok(left).text) + "::text");
+        replace(s, negated ? "!~*" : "~*");
+        edit(s + 1, Act::LikePattern);
     }
 
     // A quoted number as an operand of * / + -: read by the regional settings.
@@ -423,6 +482,21 @@ private:
             return false;
         const Token& v = tok(k + 1);
         return v.kind == Tok::Number || ((v.is("-") || v.is("+")) && k + 2 < count() && tok(k + 2).kind == Tok::Number);
+    }
+
+    // Codigo = 12 on a text column: the number as text.
+    void textComparison(size_t s) {
+        size_t k = s + 1;
+        while (k < count() && tok(k).is(")")) ++k;
+        if (k + 1 >= count() || tok(k).isWord("Between") || tok(k).isWord("Not")) return;
+        size_t n = k + 1;
+        bool neg = false;
+        if (tok(n).is("-") || tok(n).is("+")) {
+            neg = tok(n).is("-");
+            replace(n, "");
+            ++n;
+        }
+        if (n < count() && tok(n).kind == Tok::Number && !replaced(n)) edit(n, Act::NumberAsText, nullptr, neg);
     }
 
     // (Fecha) Between 37653 And 37660, Fecha >= 37653: day numbers become dates.
@@ -458,6 +532,7 @@ private:
     static constexpr size_t kNone = static_cast<size_t>(-1);
     std::string_view text_;
     StatementKind kind_;
+    Dialect dialect_;
     const Catalog& cat_;
     const std::vector<Token>& toks_;
     std::vector<size_t> solid_;
@@ -495,8 +570,47 @@ std::string stringTo(const std::string& s, const Column& col, const Regional& r)
     }
 }
 
+// The desktop engine's Like pattern as an anchored regular expression: * and %
+// any run, ? and _ one character, # a digit, [..] and [!..] sets (a wildcard
+// inside brackets is literal); every other character stands for itself.
+std::string likeRegex(const std::string& pattern) {
+    std::string re = "'^";
+    for (size_t i = 0; i < pattern.size(); ++i) {
+        const char c = pattern[i];
+        if (c == '*' || c == '%') {
+            re += ".*";
+        } else if (c == '?' || c == '_') {
+            re += '.';
+        } else if (c == '#') {
+            re += "[0-9]";
+        } else if (c == '[' && pattern.find(']', i + 1) != std::string::npos) {
+            size_t close = pattern.find(']', i + 1);
+            std::string_view set(pattern.data() + i + 1, close - i - 1);
+            re += '[';
+            if (!set.empty() && set[0] == '!') {
+                re += '^';
+                set.remove_prefix(1);
+            }
+            for (char x : set) {
+                if (x == '\\' || x == '^' || x == '[' || x == ']') re += '\\';
+                if (x == '\'') re += '\'';
+                re += x;
+            }
+            re += ']';
+            i = close;
+        } else {
+            if (std::string_view("\\.^$|()[]{}+*?").find(c) != std::string_view::npos) re += '\\';
+            if (c == '\'') re += '\'';
+            re += c;
+        }
+    }
+    return re + "$'";
+}
+
 void emit(std::string& out, const Edit& e, const Token& t, const Regional& r) {
     switch (e.act) {
+        case Act::LikePattern: out += likeRegex(unquote(t)); return;
+        case Act::NumberAsText: out += (e.negate ? "'-" : "'") + std::string(t.text) + "'"; return;
         case Act::Text: out += e.text; return;
         case Act::NumberTo: {
             double v = numberValue(t, e.negate);
@@ -563,10 +677,11 @@ struct PlanCache {
 
 // The statement's shape into `key`; false when it has none that can be reused
 // (an unterminated literal, an unreadable character, or a marker byte of its own).
-bool shapeOf(const std::vector<Token>& toks, StatementKind kind, std::string& key) {
+bool shapeOf(const std::vector<Token>& toks, StatementKind kind, Dialect dialect, std::string& key) {
     static constexpr std::string_view kMarkers("\x01\x02\x03", 3);
     key.clear();
     key.push_back(kind == StatementKind::Read ? 'R' : 'W');
+    key.push_back(dialect == Dialect::Embedded ? 'E' : 'S');
     for (const Token& t : toks) {
         switch (t.kind) {
             case Tok::String:
@@ -589,16 +704,21 @@ bool shapeOf(const std::vector<Token>& toks, StatementKind kind, std::string& ke
 }  // namespace
 
 std::string translate(std::string_view composed, StatementKind kind, const Regional& regional, const Catalog& cat) {
+    return translate(composed, kind, Dialect::Embedded, regional, cat);
+}
+
+std::string translate(std::string_view composed, StatementKind kind, Dialect dialect, const Regional& regional,
+                      const Catalog& cat) {
     // Plans hold pointers into the catalog, so only the library's own catalog,
     // which lives as long as the program, has its plans kept.
     thread_local PlanCache cache;
     tokenize(composed, cache.toks);
-    bool keep = &cat == &catalog() && composed.size() <= kMaxShapeText && shapeOf(cache.toks, kind, cache.key);
+    bool keep = &cat == &catalog() && composed.size() <= kMaxShapeText && shapeOf(cache.toks, kind, dialect, cache.key);
     if (keep) {
         if (auto it = cache.plans.find(cache.key); it != cache.plans.end())
             return apply(composed, cache.toks, it->second, regional);
     }
-    Plan plan = Translator(composed, cache.toks, kind, cat).analyze();
+    Plan plan = Translator(composed, cache.toks, kind, dialect, cat).analyze();
     if (!keep) return apply(composed, cache.toks, plan, regional);
     if (cache.plans.size() >= kMaxPlans) cache.plans.clear();
     auto it = cache.plans.emplace(cache.key, std::move(plan)).first;

@@ -1,4 +1,5 @@
-// Connections and batch write-back on real archive files.
+// Connections and batch write-back on real archives (files, and the seeded tests on
+// a server database as well).
 #include <gtest/gtest.h>
 
 #include "ado_fixture.hpp"
@@ -8,14 +9,15 @@ namespace {
 
 using testing::errorOf;
 using testing::errorsOf;
-using testing::TempArchive;
+using testing::Engine;
 using Rows = std::vector<std::string>;
 
 constexpr const char* kSelect =
     "SELECT Id, Codigo AS Código, Descripcion AS Descripción, Fecha FROM HOrdenes_Comentarios WHERE Codigo > 0";
 
 struct Archive {
-    TempArchive file;
+    explicit Archive(Engine e = Engine::Sqlite) : file(e) {}
+    testing::EngineArchive file;
     std::shared_ptr<ado::Connection> connect() const {
         auto cn = std::make_shared<ado::Connection>();
         cn->Open(file.source(300));
@@ -45,16 +47,20 @@ void seed(ado::Connection& cn) {
                "(3, 11, 'tres', NULL)");
 }
 
-// The seeded archive and a connection to it.
-class Seeded : public ::testing::Test {
+// The seeded archive on each engine and a connection to it.
+class Seeded : public ::testing::TestWithParam<Engine> {
 protected:
     void SetUp() override { seed(*cn); }
-    Archive a;
+    Archive a{GetParam()};
     std::shared_ptr<ado::Connection> cn = a.connect();
 };
 using Recordset = Seeded;
 using UpdateBatch = Seeded;
 using Requery = Seeded;
+const auto kEngines = ::testing::Values(Engine::Sqlite, Engine::Postgres);
+INSTANTIATE_TEST_SUITE_P(Engines, Recordset, kEngines, testing::engineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, UpdateBatch, kEngines, testing::engineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, Requery, kEngines, testing::engineParamName);
 
 TEST(Connection, UnopenedIsHeldAndRefusesUse) {
     ado::Connection cn;
@@ -84,7 +90,7 @@ TEST(Connection, TransactionsNestAndGuardClose) {
     EXPECT_EQ(errorOf([&] { cn->Close(); }), err::ObjectClosed);
 }
 
-TEST_F(Recordset, OpensWithTheSelectListNamesAndTypes) {
+TEST_P(Recordset, OpensWithTheSelectListNamesAndTypes) {
     auto rs = a.open(cn);
     EXPECT_EQ(rs->ActiveConnection(), cn);
     EXPECT_EQ(rs->RecordCount(), 3);
@@ -98,7 +104,7 @@ TEST_F(Recordset, OpensWithTheSelectListNamesAndTypes) {
     EXPECT_EQ(f->Item(Variant("Id"))->Value(), Variant(static_cast<int32_t>(1)));
 }
 
-TEST_F(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
+TEST_P(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     std::vector<std::string> seen;
     cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection& c) {
         EXPECT_EQ(&c, cn.get());
@@ -119,13 +125,15 @@ TEST_F(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     EXPECT_EQ(a.rows(), (Rows{"1:UNO", "3:tres", "4:cuatro"}));
     EXPECT_EQ(rs->EditMode(), 0);
     // Each write is followed by reading the row back (new identity, defaults, stored forms).
-    const std::string readBack = "UpdateBatch: SELECT \"Id\", \"Codigo\", \"Descripcion\", \"Fecha\", rowid FROM "
-                                 "\"HOrdenes_Comentarios\" WHERE rowid = ";
+    // The hidden row identity is the engine's own: rowid in the file, hist_rowid on the server.
+    const std::string id = GetParam() == Engine::Sqlite ? "rowid" : "hist_rowid";
+    const std::string readBack = "UpdateBatch: SELECT \"Id\", \"Codigo\", \"Descripcion\", \"Fecha\", " + id +
+                                 " FROM \"HOrdenes_Comentarios\" WHERE " + id + " = ";
     EXPECT_EQ(seen, (std::vector<std::string>{
-                        "UpdateBatch: UPDATE \"HOrdenes_Comentarios\" SET \"Descripcion\" = ? WHERE rowid = ? AND "
-                        "\"Descripcion\" = ?",
+                        "UpdateBatch: UPDATE \"HOrdenes_Comentarios\" SET \"Descripcion\" = ? WHERE " + id +
+                            " = ? AND \"Descripcion\" = ?",
                         readBack + "1",
-                        "UpdateBatch: DELETE FROM \"HOrdenes_Comentarios\" WHERE rowid = ?",
+                        "UpdateBatch: DELETE FROM \"HOrdenes_Comentarios\" WHERE " + id + " = ?",
                         "UpdateBatch: INSERT INTO \"HOrdenes_Comentarios\" (\"Id\", \"Codigo\", \"Descripcion\") "
                         "VALUES (?, ?, ?)",
                         readBack + "4",
@@ -138,7 +146,7 @@ TEST_F(UpdateBatch, EditsStayPendingUntilSentAndReportTheirStatements) {
     EXPECT_EQ(rs->value("Código"), Variant(static_cast<int32_t>(12)));
 }
 
-TEST_F(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
+TEST_P(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
     auto rs = a.open(cn, "SELECT Codigo, Descripcion, Recargo FROM Articulos WHERE Codigo <> ''");
     rs->AddNew();
     rs->setValue("Codigo", "A1");
@@ -150,7 +158,7 @@ TEST_F(UpdateBatch, ANewRowTakesTheColumnDefaultsItLeftOut) {
     EXPECT_EQ(check->value("Recargo"), Variant(2.5));
 }
 
-TEST_F(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredViewAndWhatCancelBatchUndoes) {
+TEST_P(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredViewAndWhatCancelBatchUndoes) {
     auto rs = a.open(cn);
     rs->setValue("Descripción", "a");
     rs->MoveNext();
@@ -182,7 +190,7 @@ TEST_F(UpdateBatch, ScopeOfCurrentRowAndOfAFilteredViewAndWhatCancelBatchUndoes)
     EXPECT_EQ(a.rows(), (Rows{"1:uno", "2:b", "3:c"}));
 }
 
-TEST_F(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
+TEST_P(UpdateBatch, AConflictBetweenTwoRecordsetsWritesNothing) {
     auto cn1 = cn, cn2 = a.connect();
     auto first = a.open(cn1);
     auto second = a.open(cn2);
@@ -303,7 +311,7 @@ TEST(FilterGroups, PendingFetchedAffectedAndConflictingRows) {
     EXPECT_EQ(a.rows(), (std::vector<std::string>{"1:x", "3:tres", "4:cuatro"}));
 }
 
-TEST_F(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
+TEST_P(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
     auto rs = a.open(cn, "SELECT MAX(Id) AS Nuevo_Codigo FROM HOrdenes_Comentarios WHERE Codigo = 10");
     EXPECT_EQ(rs->value("Nuevo_Codigo"), Variant(static_cast<int32_t>(2)));
     EXPECT_EQ(rs->Fields()->Item(Variant("Nuevo_Codigo"))->Type(), 3);
@@ -313,7 +321,7 @@ TEST_F(UpdateBatch, ComputedFieldsCannotBeWrittenBack) {
     EXPECT_NE(description.find("Nuevo_Codigo"), std::string::npos);
 }
 
-TEST_F(Requery, RunsTheSelectionAgainKeepingFilterAndSort) {
+TEST_P(Requery, RunsTheSelectionAgainKeepingFilterAndSort) {
     std::vector<std::string> ops;
     cn->setStatementHook([&](std::string_view op, std::string_view text, ado::Connection&) {
         ops.push_back(std::string(op) + ": " + std::string(text));

@@ -11,6 +11,8 @@
 
 #include "backends/engine.hpp"
 #include "sql/catalog.hpp"
+#include "sql/translator.hpp"
+#include "support/engines.hpp"
 #include "support/scratch.hpp"
 
 namespace hist::testing {
@@ -34,6 +36,32 @@ public:
 private:
     Scratch dir_{"hist-archive"};
     std::string path_ = (dir_ / "archivo.db").string();
+};
+
+// A fresh archive on an engine: a file in a scratch folder, or a new database on
+// the test cluster; made with the catalog's tables unless `create` is false.
+class EngineArchive {
+public:
+    explicit EngineArchive(Engine e, bool create = true) : engine_(e) {
+        if (e == Engine::Postgres) {
+            file_.reset();
+            url_ = archiveAddress(e, "");
+        }
+        if (create) backend::createArchive(source());
+    }
+    backend::DataSource source(int busyMs = 2000) const {
+        if (file_) return file_->source(busyMs);
+        backend::DataSource ds;
+        ds.path = url_;
+        ds.busyTimeoutMs = busyMs;
+        return ds;
+    }
+    Engine engine() const { return engine_; }
+
+private:
+    Engine engine_;
+    std::unique_ptr<TempArchive> file_ = std::make_unique<TempArchive>(false);
+    std::string url_;
 };
 
 // Cells as text ("NULL" for a null, integers and reals in C form), hidden columns included.
@@ -78,6 +106,29 @@ protected:
     Rows rows(std::string_view sql) { return run(*s, sql).rows; }
     TempArchive archive;
     std::unique_ptr<backend::Session> s = backend::openSession(archive.source());
+};
+
+// A test on a fresh archive of each engine with a session open on it. A cluster
+// that cannot start fails the test with its reason.
+class EngineTest : public ::testing::TestWithParam<Engine> {
+protected:
+    void SetUp() override {
+        try {
+            archive = std::make_unique<EngineArchive>(GetParam());
+            s = backend::openSession(archive->source());
+        } catch (const std::runtime_error& e) {
+            GTEST_FAIL() << e.what();
+        }
+    }
+    // Statements in the desktop dialect, translated for the session's engine.
+    Rows rows(std::string_view jet) {
+        return run(*s, sql::translate(jet, backend::StatementKind::Read, s->dialect(), Regional::esES())).rows;
+    }
+    long long exec(std::string_view jet) {
+        return s->execute(sql::translate(jet, backend::StatementKind::Write, s->dialect(), Regional::esES()));
+    }
+    std::unique_ptr<EngineArchive> archive;
+    std::unique_ptr<backend::Session> s;
 };
 
 // What a plain connection to the file, behind the library's back, runs and reads:

@@ -171,11 +171,15 @@ const std::map<std::string, std::pair<long, std::string>> kExpectedFailures = {
 // snapshot's GetDatos with bHistor runs (and finds nothing in the empty table).
 const std::set<std::string> kSecondLevelOrders = {"S111", "S112", "S113"};
 
-class Corpus : public ::testing::Test {
+class Corpus : public ::testing::TestWithParam<testing::Engine> {
 protected:
-    static void SetUpTestSuite() {
-        archive_ = new testing::TempArchive;
-        session_ = backend::openSession(archive_->source()).release();
+    void SetUp() override {
+        try {
+            archive_ = std::make_unique<testing::EngineArchive>(GetParam());
+        } catch (const std::runtime_error& e) {
+            GTEST_FAIL() << e.what();
+        }
+        session_ = backend::openSession(archive_->source());
         for (const auto& t : sql::catalog().tables()) {
             if (t.name == "HHOrdenes_Cabecera") continue;  // the empty second-level table
             std::string cols, vals;
@@ -185,10 +189,6 @@ protected:
             }
             session_->execute("INSERT INTO " + t.name + " (" + cols + ") VALUES (" + vals + ")");
         }
-    }
-    static void TearDownTestSuite() {
-        delete session_;
-        delete archive_;
     }
 
     // Translates and runs one statement inside a transaction that is rolled back.
@@ -222,7 +222,8 @@ protected:
             s.execute("DELETE FROM " + target);
             before = 0;
         }
-        std::string sent = sql::translate(text, read ? StatementKind::Read : StatementKind::Write, Regional::esES());
+        std::string sent =
+            sql::translate(text, read ? StatementKind::Read : StatementKind::Write, s.dialect(), Regional::esES());
         long long n;
         if (read) {
             auto rows = run(s, sent);
@@ -241,14 +242,14 @@ protected:
         return n;
     }
 
-    static testing::TempArchive* archive_;
-    static backend::Session* session_;
+    std::unique_ptr<testing::EngineArchive> archive_;
+    std::unique_ptr<backend::Session> session_;
 };
 
-testing::TempArchive* Corpus::archive_ = nullptr;
-backend::Session* Corpus::session_ = nullptr;
+INSTANTIATE_TEST_SUITE_P(Engines, Corpus, ::testing::Values(testing::Engine::Sqlite, testing::Engine::Postgres),
+                         testing::engineParamName);
 
-TEST_F(Corpus, EveryStatementRunsOrFailsAsSettled) {
+TEST_P(Corpus, EveryStatementRunsOrFailsAsSettled) {
     auto rows = loadCorpus();
     ASSERT_EQ(rows.size(), 356u);
     int statements = 0, failuresSeen = 0, bareCommaRefusals = 0;

@@ -30,9 +30,14 @@ std::vector<std::string> tables() {
     return out;
 }
 
-class ClassTables : public test::ArchiveFixture, public ::testing::WithParamInterface<std::string> {
+using hist::testing::Engine;
+
+// Each class's table on each engine.
+class ClassTables : public test::ArchiveFixture,
+                    public ::testing::WithParamInterface<std::tuple<std::string, Engine>> {
 protected:
     void SetUp() override {
+        engine_ = std::get<1>(GetParam());
         test::ArchiveFixture::SetUp();
         host::registerAllClasses(Registry::global());
     }
@@ -40,16 +45,21 @@ protected:
 
 TEST_P(ClassTables, StatementsAndResultsAreTheDescribedOnes) {
     test::runClassTable(
-        kData / (GetParam() + ".test"), [this](const std::string& s) { exec(s); },
+        kData / (std::get<0>(GetParam()) + ".test"), [this](const std::string& s) { exec(s); },
         [this](const std::string& s) {
             std::string rows = query(s);
             std::replace(rows.begin(), rows.end(), '\n', ';');
             return rows;
-        });
+        },
+        std::get<1>(GetParam()) == Engine::Sqlite ? "rowid" : sql::kServerRowId);
 }
 
-INSTANTIATE_TEST_SUITE_P(Classes, ClassTables, ::testing::ValuesIn(tables()),
-                         [](const ::testing::TestParamInfo<std::string>& p) { return p.param; });
+INSTANTIATE_TEST_SUITE_P(Classes, ClassTables,
+                         ::testing::Combine(::testing::ValuesIn(tables()),
+                                            ::testing::Values(Engine::Sqlite, Engine::Postgres)),
+                         [](const ::testing::TestParamInfo<std::tuple<std::string, Engine>>& p) {
+                             return std::get<0>(p.param) + "_" + hist::testing::engineName(std::get<1>(p.param));
+                         });
 
 // The names one corpus context stands for: "C.IniciaRs[vista rapida|todos]" is
 // "C.IniciaRs[vista rapida]" and "C.IniciaRs[todos]"; "C.IniciaRs[seleccion]/Other" is

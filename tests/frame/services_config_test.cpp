@@ -129,6 +129,18 @@ TEST(ServicesConfig, HostOptionsOverrideTheFile) {
     EXPECT_THAT(why, HasSubstr("fr-FR"));
 }
 
+// A server address is an archive as written, never a path under the file's folder.
+TEST(ServicesConfig, AServerArchiveIsTakenAsWritten) {
+    Config c = Config::fromJson(R"({"archive": "postgresql://lab@servidor:5432/archivo",
+                                    "dataSources": {"1": {"kind": "postgresql", "path": "postgres://otro/x"},
+                                                    "2": {"path": "rel.db"}}})",
+                                "/etc/c.json", envOf({{"HOME", "/h"}}));
+    EXPECT_EQ((std::vector<std::string>{c.dataSource(4).path, c.dataSource(1).path, c.dataSource(1).kind,
+                                        c.dataSource(2).path}),
+              (std::vector<std::string>{"postgresql://lab@servidor:5432/archivo", "postgres://otro/x", "postgresql",
+                                        "/etc/rel.db"}));
+}
+
 TEST(ServicesConfig, BadInputNamesFileKeyAndExpectation) {
     struct Case {
         const char* json;

@@ -62,18 +62,18 @@ protected:
         TempArchive::TearDown();
     }
 
-    // The rows of a selection, cells joined by '|' and rows by '\n'.
+    // The rows of a selection, cells joined by '|' and rows by '\n', a Null as '-'.
     std::string query(const std::string& jet) {
         auto holder = std::make_shared<ado::Recordset>();
         ado::Recordset& rs = *holder;
-        rs.Open(sql::translate(jet, sql::StatementKind::Read), setup_);
+        rs.Open(sql::translate(jet, sql::StatementKind::Read, setup_->session().dialect()), setup_);
         std::string out;
         while (!rs.Eof()) {
             if (!out.empty()) out += '\n';
             for (long i = 0; i < rs.Fields()->Count(); ++i) {
                 if (i) out += '|';
                 const Variant v = rs.Fields()->Item(Variant(static_cast<int32_t>(i)))->Value();
-                out += v.type() == VarType::Date ? rt::isoText(v.asDate().serial) : rt::CStr(v);
+                out += v.isNull() ? "-" : v.type() == VarType::Date ? rt::isoText(v.asDate().serial) : rt::CStr(v);
             }
             rs.MoveNext();
         }

@@ -84,6 +84,36 @@ TEST(Translate, ToTheEngineDialect) {
         EXPECT_EQ(translate(c.in, c.kind, *c.regional), c.out ? c.out : c.in) << c.name;
 }
 
+// The server engine's spelling of the same statements (null: as for the embedded engine).
+const Rewrite kServerRewrites[] = {
+    {"brackets_dropped_and_currency_rounded_as_numeric", W,
+     "UPDATE  HOrdenes SET Base = Format([Base]/'166,386','Currency');",
+     "UPDATE  HOrdenes SET Base = round((Base/166.386)::numeric,2)::double precision;"},
+    {"bracket_with_blank_quoted", R, "SELECT [Nº Pedido] FROM HOrdenes", "SELECT \"Nº Pedido\" FROM HOrdenes"},
+    {"like_both_wildcard_families_as_regex", R,
+     "SELECT Numero FROM HOrdenes WHERE (((Codigo) Like '1*2?%_')) AND Descripcion Not Like 'a.b[!0-9]#'",
+     "SELECT Numero FROM HOrdenes WHERE (((Codigo)::text ~* '^1.*2..*.$')) AND Descripcion::text  !~* "
+     "'^a\\.b[^0-9][0-9]$'"},
+    {"like_pattern_with_apostrophe_and_star_in_set", R, "SELECT Numero FROM HOrdenes WHERE Referencia Like 'O''B[*]'",
+     "SELECT Numero FROM HOrdenes WHERE Referencia::text ~* '^O''B[*]$'"},
+    {"number_compared_with_text_column_as_text", R,
+     "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Cabecera Where Codigo = 12 AND Numero = 3",
+     "SELECT MAX(ID) AS Nuevo_Codigo FROM HOrdenes_Cabecera Where Codigo = '12' AND Numero = 3"},
+    {"dates_true_false_qualified_set_as_embedded", W,
+     "UPDATE HOrdenes_Fases SET HOrdenes_Fases.Fecha = #2003-02-01#, HOrdenes_Fases.Finalizado = True",
+     "UPDATE HOrdenes_Fases SET Fecha = '2003-02-01 00:00:00', Finalizado = -1"},
+};
+
+TEST(Translate, ToTheServerDialect) {
+    for (const auto& c : kServerRewrites) {
+        EXPECT_EQ(translate(c.in, c.kind, Dialect::Server, *c.regional), c.out ? c.out : c.in) << c.name;
+        // The embedded engine keeps its own spelling of the same shape (the plans are kept apart).
+        EXPECT_EQ(translate(c.in, c.kind, *c.regional), translate(c.in, c.kind, Dialect::Embedded, *c.regional))
+            << c.name;
+    }
+    EXPECT_NE(translate(kServerRewrites[0].in, W, Dialect::Server), translate(kServerRewrites[0].in, W));
+}
+
 TEST(Translate, InsertSelectStarIsSpelledOutByName) {
     std::string out = translate(
         "INSERT INTO HFacturas_Cabecera SELECT HHFacturas_Cabecera.* FROM HHFacturas_Cabecera WHERE(CIERRE = 3)", W,

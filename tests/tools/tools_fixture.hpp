@@ -24,6 +24,7 @@
 #include "platform/runtime.hpp"
 #include "sql/translator.hpp"
 #include "support/errors.hpp"
+#include "support/engines.hpp"
 #include "support/scratch.hpp"
 
 namespace hist::test {
@@ -66,7 +67,11 @@ protected:
     void SetUp() override {
         dir_.emplace("hist-tools");
         services::Config c = services::Config::defaults();
-        c.archive = (*dir_ / "archivo.db").string();
+        try {
+            c.archive = hist::testing::archiveAddress(engine_, (*dir_ / "archivo.db").string());
+        } catch (const std::runtime_error& e) {
+            GTEST_FAIL() << e.what();
+        }
         c.settingsDir = (*dir_ / "config").string();
         c.workDir = (*dir_ / "trabajo").string();
         services::Configuration::install(c);
@@ -84,7 +89,9 @@ protected:
     }
 
     // Runs a writing statement of the desktop dialect.
-    void exec(const std::string& jet) { setup_->Execute(sql::translate(jet, sql::StatementKind::Write)); }
+    void exec(const std::string& jet) {
+        setup_->Execute(sql::translate(jet, sql::StatementKind::Write, setup_->session().dialect()));
+    }
 
     // Opens the class's selection under a keyword, for a document and a date.
     static void open(frame::RecordClass& cls, std::string key = "todos", Variant id = {}, DateValue fecha = {}) {
@@ -93,6 +100,8 @@ protected:
     }
 
     std::shared_ptr<ado::Connection> setup_;
+    // The engine the archive is on; a test that runs on both sets it before SetUp.
+    hist::testing::Engine engine_ = hist::testing::Engine::Sqlite;
 
     // The test's folder: the archive, the settings and the work folder are in it.
     const std::filesystem::path& folder() const { return dir_->path(); }

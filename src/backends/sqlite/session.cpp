@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "backends/sqlite/functions.hpp"
+#include "backends/stored.hpp"
 #include "platform/error.hpp"
 #include "platform/runtime.hpp"
 #include "sql/catalog.hpp"
@@ -218,47 +219,23 @@ public:
                     m.baseColumn = col->name;
                     for (auto* h : hidden) m.updatable = m.updatable || h->name == col->table;
                 }
-            } else if (static_cast<size_t>(shown) == shape.items.size() && !shape.hasStar) {
-                bool isCount = false;
-                col = shape.itemSourceColumn(static_cast<size_t>(c), &isCount);
-                if (isCount) {
-                    m.type = FieldType::Integer;
-                    m.precision = 10;
-                    m.definedSize = 4;
-                    continue;
-                }
+            } else if (detail::typeFromItem(m, shape, static_cast<size_t>(c), static_cast<size_t>(shown))) {
+                continue;
             }
             if (col) {
-                m.type = static_cast<FieldType>(col->adoType);
-                m.precision = col->precision;
-                m.definedSize = col->definedSize;
+                detail::typeFromCatalog(m, *col);
             } else {
                 // A computed value with no catalog column behind it: typed by what it holds.
                 int t = rc == SQLITE_ROW ? sqlite3_column_type(st, c) : SQLITE_NULL;
-                if (t == SQLITE_INTEGER) {
-                    m.type = FieldType::Integer;
-                    m.precision = 10;
-                    m.definedSize = 4;
-                } else if (t == SQLITE_FLOAT) {
-                    m.type = FieldType::Double;
-                    m.precision = 15;
-                    m.definedSize = 8;
-                } else {
-                    m.type = FieldType::VarWChar;
-                    m.precision = 255;
-                    m.definedSize = 255;
-                }
+                detail::typeComputed(m, t == SQLITE_INTEGER ? detail::ValueKind::Integer
+                                        : t == SQLITE_FLOAT ? detail::ValueKind::Real
+                                                            : detail::ValueKind::Text);
             }
         }
         for (size_t h = 0; h < hidden.size(); ++h) {
             ColumnMeta& m = cols[static_cast<size_t>(shown) + h];
             m.name = sqlite3_column_name(st, shown + static_cast<int>(h));
-            m.baseTable = hidden[h]->name;
-            m.baseColumn = "rowid";
-            m.type = FieldType::Integer;
-            m.precision = 19;
-            m.definedSize = 8;
-            m.hiddenRowId = true;
+            detail::typeRowId(m, hidden[h]->name, "rowid");
         }
         sink.columns(cols);
 
@@ -522,67 +499,15 @@ private:
         throw Error(err::ProviderFailure, err::SrcSql, msg);
     }
 
-    void bind(sqlite3_stmt* st, int idx, const Variant& v, FieldType type) {
-        if (v.isNull() || v.isEmpty() || v.isMissing()) {
-            sqlite3_bind_null(st, idx);
-            return;
-        }
-        try {
-            switch (type) {
-                case FieldType::Date: {
-                    double serial = v.type() == VarType::String ? rt::CDate(v) : rt::CDbl(v.type() == VarType::Date ? Variant(v.asDate().serial) : v);
-                    std::string iso = rt::isoText(serial);
-                    sqlite3_bind_text(st, idx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
-                    return;
-                }
-                case FieldType::Boolean: sqlite3_bind_int(st, idx, rt::CBool(v) ? -1 : 0); return;
-                case FieldType::SmallInt:
-                case FieldType::UnsignedTinyInt: sqlite3_bind_int(st, idx, rt::CInt(v)); return;
-                case FieldType::Integer:
-                    if (v.type() == VarType::Double) {
-                        double d = v.asDouble();
-                        if (d == std::floor(d) && std::fabs(d) < 9.2e18) {
-                            sqlite3_bind_int64(st, idx, static_cast<sqlite3_int64>(d));
-                            return;
-                        }
-                    }
-                    sqlite3_bind_int64(st, idx, rt::CLng(v));
-                    return;
-                case FieldType::Single:
-                case FieldType::Double:
-                case FieldType::Currency:
-                case FieldType::Numeric: sqlite3_bind_double(st, idx, rt::CDbl(v)); return;
-                case FieldType::WChar:
-                case FieldType::VarWChar:
-                case FieldType::LongVarWChar:
-                case FieldType::LongVarBinary: {
-                    std::string s = v.isString() ? v.asString() : rt::CStr(v);
-                    sqlite3_bind_text(st, idx, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
-                    return;
-                }
-                case FieldType::Empty: break;
-            }
-            // No type given: the value's own kind.
-            switch (v.type()) {
-                case VarType::Boolean: sqlite3_bind_int(st, idx, v.asBool() ? -1 : 0); return;
-                case VarType::Integer: sqlite3_bind_int(st, idx, v.asInteger()); return;
-                case VarType::Long: sqlite3_bind_int(st, idx, v.asLong()); return;
-                case VarType::Double: sqlite3_bind_double(st, idx, v.asDouble()); return;
-                case VarType::Date: {
-                    std::string iso = rt::isoText(v.asDate().serial);
-                    sqlite3_bind_text(st, idx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
-                    return;
-                }
-                default: {
-                    std::string s = rt::CStr(v);
-                    sqlite3_bind_text(st, idx, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
-                    return;
-                }
-            }
-        } catch (const Error& e) {
-            if (e.number() == err::TypeMismatch)
-                throw Error(err::SqlTypeMismatch, err::SrcSql, "Data type mismatch in criteria expression.");
-            throw;
+    static void bind(sqlite3_stmt* st, int idx, const Variant& v, FieldType type) {
+        const detail::StoredValue x = detail::storedValue(v, type);
+        switch (x.kind) {
+            case detail::StoredValue::Kind::Null: sqlite3_bind_null(st, idx); return;
+            case detail::StoredValue::Kind::Int: sqlite3_bind_int64(st, idx, x.i); return;
+            case detail::StoredValue::Kind::Real: sqlite3_bind_double(st, idx, x.d); return;
+            case detail::StoredValue::Kind::Text:
+                sqlite3_bind_text(st, idx, x.text.data(), static_cast<int>(x.text.size()), SQLITE_TRANSIENT);
+                return;
         }
     }
 

@@ -78,6 +78,12 @@ public:
         if (p.is_relative()) p = baseDir_ / p;
         return p.lexically_normal().string();
     }
+    // An archive: a file path, or a server address (postgresql://...) taken as written.
+    std::string archive(const std::string& key, const json& v) const {
+        backend::DataSource ds;
+        ds.path = nonEmptyText(key, v);
+        return backend::isServerSource(ds) ? ds.path : path(key, v);
+    }
     long long whole(const std::string& key, const json& v, long long lo, long long hi,
                     const std::string& expected) const {
         if (!v.is_number_integer() && !v.is_number_unsigned()) bad(key, expected, v);
@@ -101,7 +107,7 @@ public:
             "workDir, reportDir, documentDir, settingsDir, bFechaServidor, auditLog";
         for (const auto& [key, v] : root.items()) {
             if (key == "application") readApp(v, c.app);
-            else if (key == "archive") c.archive = path(key, v);
+            else if (key == "archive") c.archive = archive(key, v);
             else if (key == "dataSources") readSources(v, c);
             else if (key == "busyTimeout")
                 c.busyTimeoutMs = static_cast<int>(whole(key, v, 0, 600000, "a whole number of milliseconds from 0 to 600000"));
@@ -163,11 +169,12 @@ public:
                 std::string skey = key + "." + sk;
                 if (sk == "kind") {
                     std::string kind = nonEmptyText(skey, sv);
-                    if (kind != "sqlite")
-                        fail(origin_ + ": key \"" + skey + "\" must be \"sqlite\" (found \"" + kind + "\")");
+                    if (kind != "sqlite" && kind != "postgresql")
+                        fail(origin_ + ": key \"" + skey + "\" must be \"sqlite\" or \"postgresql\" (found \"" + kind +
+                             "\")");
                     ds.kind = kind;
                 } else if (sk == "path") {
-                    ds.path = path(skey, sv);
+                    ds.path = archive(skey, sv);
                 } else if (sk == "busyTimeout") {
                     ds.busyTimeoutMs = static_cast<int>(
                         whole(skey, sv, 0, 600000, "a whole number of milliseconds from 0 to 600000"));

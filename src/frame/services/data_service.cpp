@@ -98,7 +98,8 @@ std::string translateAndTell(const char* op, int iBase, const std::string& compo
                              const ConnPtr& cn) {
     std::string sent;
     try {
-        sent = sql::translate(composed, kind);
+        // The dialect of the engine the connection's session runs on (a closed one fails when used).
+        sent = sql::translate(composed, kind, cn && cn->State() ? cn->session().dialect() : sql::Dialect::Embedded);
     } catch (...) {
         StatementObservers::notify({op, iBase, composed, std::string(), cn});
         throw;
