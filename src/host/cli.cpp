@@ -87,6 +87,7 @@ struct Parsed {
     ArchiveOptions check;
     EurosOptions euros;
     MoveOptions move;
+    CopyOptions copy;
     bool back = false;
     services::RightsOptions rights;
 };
@@ -211,7 +212,19 @@ void define(CLI::App& app, Parsed& p) {
     text(move, "--config", p.move.archive.config, "the configuration file")->type_name("FILE");
     move->add_flag("--dry-run", p.move.dryRun, "say what would move and move nothing");
 
-    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit, check, euros, move}) sub->fallthrough();
+    CLI::App* copy = app.add_subcommand("copy", "copy a whole archive to another file or server, in one transaction");
+    copy->add_option("--from", p.copy.from, "the archive to copy: a file or postgresql://user@host:port/name")
+        ->type_name("SOURCE")
+        ->required()
+        ->check(notEmpty());
+    copy->add_option("--to", p.copy.to, "where to: a file or postgresql://user@host:port/name")
+        ->type_name("TARGET")
+        ->required()
+        ->check(notEmpty());
+    copy->add_flag("--force", p.copy.force, "replace the rows the target holds");
+
+    for (CLI::App* sub : {host, init, rights, demo, classes, listCmd, audit, check, euros, move, copy})
+        sub->fallthrough();
     // Set last, so the commands (which copy their parent's settings when made) do not
     // repeat it: a command's help tells only its own options.
     app.footer(
@@ -303,6 +316,7 @@ int runCli(int argc, char** argv, const std::string& version, std::istream& in, 
     if (cmd == "audit") return auditCommand(p.audit, out, err);
     if (cmd == "check") return checkCommand(p.check, p.trace, out, err);
     if (cmd == "euros") return eurosCommand(p.euros, p.trace, out, err);
+    if (cmd == "copy") return copyCommand(p.copy, out, err);
     if (cmd == "move") {
         if (!p.move.toHistory && !p.back) {
             err << "historicos move: one of --to-history or --back is required\n"

@@ -25,10 +25,19 @@ struct MoveOptions {
     bool dryRun = false;
 };
 
+struct CopyOptions {
+    std::string from, to;  // archive files or server addresses
+    bool force = false;    // replace the rows the target holds
+};
+
 // Exit codes: 0 done (check: nothing broken), 1 the work failed or check found
 // something broken (each named on standard output).
 int checkCommand(const ArchiveOptions& o, bool trace, std::ostream& out, std::ostream& err);
 int eurosCommand(const EurosOptions& o, bool trace, std::ostream& out, std::ostream& err);
 int moveCommand(const MoveOptions& o, bool trace, std::ostream& out, std::ostream& err);
+// A whole archive copied to another file or server in one transaction, counted and
+// checksummed table by table; a failure leaves the target as it was (a target file
+// that did not exist is removed again).
+int copyCommand(const CopyOptions& o, std::ostream& out, std::ostream& err);
 
 }  // namespace hist::host

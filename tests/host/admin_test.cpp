@@ -243,6 +243,28 @@ TEST_F(Upkeep, EurosConvertsTotalsAndLinesTogetherAndADryRunChangesNothing) {
         << again.out;
 }
 
+TEST_F(Upkeep, CopyMovesAWholeArchiveAndRefusesToMixTwo) {
+    const std::string target = (home_->path / "copia.db").string();
+    std::filesystem::remove(target);
+    const auto copied = runCommandLine({"copy", "--from", copy_, "--to", target});
+    ASSERT_EQ(copied.code, 0) << copied.err;
+    EXPECT_NE(copied.out.find("every table's row count and checksum agree"), std::string::npos) << copied.out;
+    EXPECT_EQ(runCommandLine({"list", "ClsOrdenes", "--db", target, "--format", "csv"}).out,
+              runCommandLine({"list", "ClsOrdenes", "--db", copy_, "--format", "csv"}).out);
+    EXPECT_EQ(runCommandLine({"check", "--db", target}).code, 0);
+
+    const auto again = runCommandLine({"copy", "--from", copy_, "--to", target});
+    EXPECT_EQ(again.code, 1);
+    EXPECT_NE(again.err.find("already holds rows"), std::string::npos) << again.err;
+    EXPECT_EQ(runCommandLine({"copy", "--from", copy_, "--to", target, "--force"}).code, 0);
+
+    // A failed copy leaves no new target behind.
+    const std::string none = (home_->path / "nunca.db").string();
+    EXPECT_EQ(runCommandLine({"copy", "--from", (home_->path / "falta.db").string(), "--to", none}).code, 1);
+    EXPECT_FALSE(std::filesystem::exists(none));
+    EXPECT_EQ(runCommandLine({"copy", "--from", copy_}).code, 2);
+}
+
 TEST_F(Upkeep, MoveGoesToTheSecondLevelAndBackInOneTransaction) {
     exec("UPDATE HFacturas_Cabecera SET CIERRE = 4242 WHERE Id IN (SELECT Id FROM HFacturas_Cabecera LIMIT 3)");
     const auto dry = runCommandLine({"move", "4242", "--to-history", "--dry-run", "--db", copy_});

@@ -105,7 +105,7 @@ TEST(CommandLine, TheReadmeShowsWhatHelpSays) {
     std::stringstream readme;
     readme << file.rdbuf();
     const std::string text = readme.str();
-    for (const std::string command : {"", "host", "init", "rights", "demo", "classes", "list", "audit", "check", "euros", "move"}) {
+    for (const std::string command : {"", "host", "init", "rights", "demo", "classes", "list", "audit", "check", "euros", "move", "copy"}) {
         const std::string help = runCommandLine(command.empty() ? std::vector<std::string>{"--help"}
                                                                 : std::vector<std::string>{command, "--help"})
                                      .out;
