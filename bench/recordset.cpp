@@ -19,25 +19,15 @@
 #include <vector>
 
 #include "ado/recordset.hpp"
+#include "bench_common.hpp"
 #include "backends/sqlite/functions.hpp"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kColumns =
-    "Codigo, Descripcion, Cantidad, Precio, DTO, IVA, Importe, Lote, Seccion, Empleado, Puntos, ID, Numero, "
-    "Facturado, Doc_F, Fecha";
-
-double seconds(const std::function<void()>& f, int repeat = 3) {
-    double best = 1e100;
-    for (int i = 0; i < repeat; ++i) {
-        const auto t0 = Clock::now();
-        f();
-        best = std::min(best, std::chrono::duration<double>(Clock::now() - t0).count());
-    }
-    return best;
-}
+using hist::bench::seconds;
+constexpr const char* kColumns = hist::bench::kOrderLineColumns;
 
 void check(int rc, sqlite3* db, const char* what) {
     if (rc != SQLITE_OK && rc != SQLITE_DONE && rc != SQLITE_ROW) {

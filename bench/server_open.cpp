@@ -17,24 +17,13 @@
 
 #include "ado/connection.hpp"
 #include "ado/recordset.hpp"
+#include "bench_common.hpp"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 
-constexpr const char* kColumns =
-    "Codigo, Descripcion, Cantidad, Precio, DTO, IVA, Importe, Lote, Seccion, Empleado, Puntos, ID, Numero, "
-    "Facturado, Doc_F, Fecha";
-
-double seconds(const std::function<void()>& f, int repeat = 3) {
-    double best = 1e100;
-    for (int i = 0; i < repeat; ++i) {
-        const auto t0 = Clock::now();
-        f();
-        best = std::min(best, std::chrono::duration<double>(Clock::now() - t0).count());
-    }
-    return best;
-}
+using hist::bench::seconds;
+constexpr const char* kColumns = hist::bench::kOrderLineColumns;
 
 void exec(PGconn* c, const std::string& sql) {
     PGresult* r = PQexec(c, sql.c_str());
