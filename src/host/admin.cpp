@@ -15,6 +15,7 @@
 #include "frame/record.hpp"
 #include "frame/services/config.hpp"
 #include "frame/services/helpers.hpp"
+#include "host/class_calls.hpp"
 #include "host/grid_columns.hpp"
 #include "host/registration.hpp"
 #include "platform/dispatch.hpp"
@@ -93,20 +94,10 @@ std::string members(const ClassInfo& info) {
 // The class's IniciaRs called by its own argument names, whatever their order and
 // number: the connection unset, the keyword, the id and the date where it takes them.
 void openSelection(const ObjectPtr& obj, const ListOptions& o) {
-    const ClassInfo* info = Registry::global().classOf(*obj);
-    const Member* m = info ? info->find("IniciaRs") : nullptr;
-    if (!m) raise(438, "historicos.list", o.className + " has no IniciaRs");
-    Args args;
-    for (const Param& p : m->params) {
-        Variant a = Variant::missing();
-        if (p.name == "cnnActive") a = Variant::nothing();
-        else if (p.name == "sSelecSql") a = Variant(o.keyword);
-        else if (p.name == "id" && o.id) a = Variant(*o.id);
-        else if (p.name == "dtFecha" && o.date) a = Variant(DateValue{rt::CDate(Variant(*o.date))});
-        args.push_back(std::move(a));
-    }
-    while (!args.empty() && args.back().isMissing()) args.pop_back();
-    call(obj, "IniciaRs", args);
+    std::map<std::string, Variant> named{{"sSelecSql", Variant(o.keyword)}};
+    if (o.id) named["id"] = Variant(*o.id);
+    if (o.date) named["dtFecha"] = Variant(DateValue{rt::CDate(Variant(*o.date))});
+    invoke(obj, "IniciaRs", std::move(named));
 }
 
 // A cell as a person reads it: the runtime's text of the value, Null as nothing.
@@ -295,10 +286,7 @@ int listCommand(const ListOptions& o, bool trace, std::ostream& out, std::ostrea
         if (!cls) raise(438, "historicos.list", o.className + " is not a record class");
         openSelection(obj, o);
         ado::Recordset& rs = *cls->primaryRecordset();
-        if (o.filter) {
-            Args a{Variant(*o.filter)};
-            call(obj, "AplyFilter", a);
-        }
+        if (o.filter) invoke(obj, "AplyFilter", {{"Criteria", Variant(*o.filter)}});
         // The order is applied to this selection only: the class's SetOrder would
         // also save it as the user's order of the view.
         if (o.sort) rs.SetSort(*o.sort);

@@ -14,6 +14,7 @@
 #include "backends/engine.hpp"
 #include "frame/record.hpp"
 #include "frame/service_calls.hpp"
+#include "host/class_calls.hpp"
 #include "platform/dispatch.hpp"
 #include "platform/error.hpp"
 #include "platform/progress.hpp"
@@ -25,19 +26,6 @@ namespace {
 
 using frame::ConnPtr;
 using frame::RsPtr;
-
-// Every row of a selection run through the data service, each row its cells.
-std::vector<std::vector<Variant>> rowsOf(const std::string& sql, ConnPtr& cn) {
-    RsPtr rs = std::make_shared<ado::Recordset>();
-    frame::svc::abrirRs(4, sql, rs, cn);
-    std::vector<std::vector<Variant>> rows;
-    auto fields = rs->Fields();
-    for (; !rs->Eof(); rs->MoveNext()) {
-        auto& r = rows.emplace_back();
-        for (long i = 0; i < fields->Count(); ++i) r.push_back(fields->Item(Variant(static_cast<int32_t>(i)))->Value());
-    }
-    return rows;
-}
 
 std::string text(const Variant& v) { return v.isNull() ? std::string("Null") : rt::CStr(v); }
 
@@ -128,12 +116,7 @@ void inOneTransaction(bool dryRun, const std::function<void(ConnPtr&)>& work) {
 }
 
 ObjectPtr create(const std::string& cls) { return Registry::global().create(cls); }
-
-// Calls a member with a value and the shared connection as its last arguments.
-void callWith(const ObjectPtr& obj, const std::string& member, std::vector<Variant> args, ConnPtr& cn) {
-    args.emplace_back(std::static_pointer_cast<Object>(cn));
-    call(obj, member, args);
-}
+Variant connection(const ConnPtr& cn) { return Variant(std::static_pointer_cast<Object>(cn)); }
 
 std::string amount(const Variant& v) { return v.isNull() ? std::string("0") : rt::Format(v, "#,##0.00"); }
 
@@ -192,9 +175,9 @@ int eurosCommand(const EurosOptions& o, bool trace, std::ostream& out, std::ostr
             // Totals and lines on one connection, so they stand or fall together.
             ProgressLine progress(err, "classes converted", ProgressLine::forStandardError(err));
             progress.update(0, 2);
-            callWith(create("ClsOrdenes"), "ActualizarEuros", {}, cn);
+            invoke(create("ClsOrdenes"), "ActualizarEuros", {{"cnnActive", connection(cn)}});
             progress.update(1, 2);
-            callWith(create("ClsOrdenesLineas"), "ActualizarEuros", {}, cn);
+            invoke(create("ClsOrdenesLineas"), "ActualizarEuros", {{"cnnActive", connection(cn)}});
             progress.update(2, 2);
             for (std::size_t i = 0; i < sums.size(); ++i) {
                 const auto after = rowsOf(sums[i].second, cn).at(0);
@@ -226,7 +209,7 @@ int moveCommand(const MoveOptions& o, bool trace, std::ostream& out, std::ostrea
                                         .at(0));
                 };
                 const int32_t h0 = count(table), hh0 = count("H" + table);
-                callWith(obj, member, {closing}, cn);
+                invoke(obj, member, {{"vId", closing}, {"cnnActive", connection(cn)}});
                 out << table << " / H" << table << ": " << h0 << " / " << hh0 << " -> " << count(table) << " / "
                     << count("H" + table) << "\n";
             }

@@ -1,6 +1,5 @@
 #include "host/road.hpp"
 
-#include <functional>
 #include <map>
 #include <ostream>
 #include <set>
@@ -9,8 +8,8 @@
 
 #include "ado/recordset.hpp"
 #include "frame/record.hpp"
-#include "frame/service_calls.hpp"
 #include "frame/services/helpers.hpp"
+#include "host/class_calls.hpp"
 #include "host/grid_columns.hpp"
 #include "platform/clock.hpp"
 #include "platform/collection.hpp"
@@ -23,45 +22,6 @@ namespace hist::host {
 
 namespace {
 
-// A member called as a host calls it: the arguments it names, each other one the
-// empty value of its type (an optional one left out). The by-reference arguments
-// hold what the member wrote.
-struct Called {
-    Variant result;
-    std::map<std::string, Variant> args;
-    const Variant& operator[](const std::string& name) const { return args.at(name); }
-};
-
-Variant emptyOf(ParamType t) {
-    switch (t) {
-        case PT::String: return Variant(std::string());
-        case PT::Boolean: return Variant(false);
-        case PT::Integer: return Variant(int16_t{0});
-        case PT::Long: return Variant(int32_t{0});
-        case PT::Double: return Variant(0.0);
-        case PT::Date: return Variant(DateValue{0});
-        case PT::Object: return Variant::nothing();
-        case PT::Variant: break;
-    }
-    return Variant();
-}
-
-Called invoke(const ObjectPtr& obj, const std::string& member, std::map<std::string, Variant> named = {}) {
-    const ClassInfo* info = Registry::global().classOf(*obj);
-    const Member* m = info ? info->find(member) : nullptr;
-    if (!m) raise(err::NoSuchMember, err::SrcRuntime, std::string(obj->typeName()) + " has no " + member);
-    Args args;
-    for (const Param& p : m->params) {
-        auto it = named.find(p.name);
-        args.push_back(it != named.end() ? it->second : p.optional ? Variant::missing() : emptyOf(p.type));
-    }
-    while (!args.empty() && args.back().isMissing()) args.pop_back();
-    Called c;
-    c.result = call(obj, member, args);
-    for (std::size_t i = 0; i < args.size(); ++i) c.args[m->params[i].name] = args[i];
-    return c;
-}
-
 ObjectPtr create(const char* cls) { return Registry::global().create(cls); }
 ado::Recordset& primary(const ObjectPtr& obj) {
     return *dynamic_cast<frame::RecordClass&>(*obj).primaryRecordset();
@@ -72,16 +32,12 @@ std::string money(const Variant& v) { return v.isNull() ? std::string("0,00") : 
 
 // The rows of a table as the data service reads them, each row reduced to one
 // text of its values: what changed between two of these is what the road wrote.
-std::multiset<std::string> rowsOf(const std::string& table) {
-    frame::RsPtr rs = std::make_shared<ado::Recordset>();
+std::multiset<std::string> rowsOfTable(const std::string& table) {
     frame::ConnPtr cn;
-    frame::svc::abrirRs(4, "SELECT * FROM " + table, rs, cn);
     std::multiset<std::string> rows;
-    auto fields = rs->Fields();
-    for (; !rs->Eof(); rs->MoveNext()) {
+    for (const auto& cells : rowsOf("SELECT * FROM " + table, cn)) {
         std::string row;
-        for (long i = 0; i < fields->Count(); ++i)
-            row += text(fields->Item(Variant(static_cast<int32_t>(i)))->Value()) + '\x1f';
+        for (const Variant& v : cells) row += text(v) + '\x1f';
         rows.insert(std::move(row));
     }
     return rows;
@@ -92,16 +48,15 @@ const char* const kTables[] = {"HOrdenes", "HOrdenes_Lineas", "HFacturas", "Fact
 
 // The number of the delivery note made from an order, when there is one.
 Variant deliveryNoteOf(const Variant& order, frame::ConnPtr& cn) {
-    frame::RsPtr rs = std::make_shared<ado::Recordset>();
-    frame::svc::abrirRs(4, "SELECT Numero FROM HAlbaranes WHERE Estado = 10 AND Doc_E = " + text(order), rs, cn);
-    return rs->Eof() ? Variant() : rs->value("Numero");
+    const auto rows = rowsOf("SELECT Numero FROM HAlbaranes WHERE Estado = 10 AND Doc_E = " + text(order), cn);
+    return rows.empty() ? Variant() : rows.front().front();
 }
 
 }  // namespace
 
 bool walkTheRoad(std::ostream& out) {
     std::map<std::string, std::multiset<std::string>> before;
-    for (const char* t : kTables) before[t] = rowsOf(t);
+    for (const char* t : kTables) before[t] = rowsOfTable(t);
     const DateValue today{Clock::today()};
 
     // 1. The pending work orders, as a form opens them.
@@ -237,7 +192,7 @@ bool walkTheRoad(std::ostream& out) {
 
     out << "Rows new or changed, per table:";
     for (const char* t : kTables) {
-        const auto after = rowsOf(t);
+        const auto after = rowsOfTable(t);
         std::size_t changed = 0;
         for (const auto& row : after)
             if (before[t].count(row) == 0) ++changed;
